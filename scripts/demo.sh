@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# Builds the library and runs the Java demo. Without a display it starts Xvfb and
+# drives the window with xdotool, so there is something to see in the log.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/env.sh"
+cmake -S "$ROOT" -B "$BUILD/main" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVOSTAN_TESTS=OFF -DVOSTAN_BENCH=OFF
+cmake --build "$BUILD/main" -j "$JOBS" --target vostan vostan_java
+exec "$ROOT/scripts/run-demo.sh" "$@"

@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Installs what building, testing and the demo need, from Debian packages only.
+set -euo pipefail
+SUDO=""
+if [ "$(id -u)" -ne 0 ]; then SUDO=sudo; fi
+PACKAGES=(
+  build-essential cmake ninja-build pkg-config clang clang-format libclang-rt-dev
+  libgtest-dev libgmock-dev googletest libbenchmark-dev
+  openjdk-17-jdk-headless
+  libsdl2-dev xvfb xauth xdotool
+  libgl-dev libegl-dev libgl1-mesa-dri mesa-utils
+  zlib1g-dev libpng-dev libcairo2-dev
+  libopenal-dev libvorbis-dev libogg-dev
+  libfreetype-dev libfontconfig-dev fonts-dejavu-core
+)
+missing=()
+for p in "${PACKAGES[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if [ "${#missing[@]}" -gt 0 ]; then
+  echo "setup: installing ${missing[*]}"
+  $SUDO apt-get update -q
+  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -q --no-install-recommends "${missing[@]}"
+else
+  echo "setup: all packages present"
+fi
