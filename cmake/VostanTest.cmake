@@ -12,3 +12,18 @@ function(vostan_gtest name)
     DISCOVERY_TIMEOUT 120
     PROPERTIES ENVIRONMENT "${A_ENV}" TIMEOUT 600)
 endfunction()
+
+# vostan_java_test(<name> CLASS <main class> [ARGS ...] [ENV VAR=value ...])
+# Runs a Java test in a real JVM with -Xcheck:jni against libvostan.so; the
+# test fails on a non-zero exit or on any JNI warning in its output.
+function(vostan_java_test name)
+  cmake_parse_arguments(A "" "CLASS" "ARGS;ENV" ${ARGN})
+  if(NOT TARGET vostan_java_tests)
+    return()
+  endif()
+  add_test(NAME ${VOSTAN_TEST_PREFIX}java.${name}
+    COMMAND ${CMAKE_SOURCE_DIR}/scripts/java-test.sh
+      $<TARGET_FILE_DIR:vostan> ${VOSTAN_JAR}:${VOSTAN_TEST_JAR} ${A_CLASS} ${A_ARGS})
+  set_tests_properties(${VOSTAN_TEST_PREFIX}java.${name} PROPERTIES
+    ENVIRONMENT "JAVA_HOME=${JAVA_HOME};${A_ENV}" TIMEOUT 300)
+endfunction()
