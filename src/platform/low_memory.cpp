@@ -27,8 +27,8 @@ void* lowAlloc(std::size_t size, std::size_t align) {
   uintptr_t p = (chunkNext + align - 1) & ~(uintptr_t(align) - 1);
   if (chunkNext == 0 || p + size > chunkEnd) {
     std::size_t want = size + align > kChunk ? size + align : kChunk;
-    void* m = mmap(nullptr, want, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_32BIT,
-                   -1, 0);
+    void* m =
+        mmap(nullptr, want, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_32BIT, -1, 0);
     if (m == MAP_FAILED) outOfLowMemory(size);
     chunkNext = reinterpret_cast<uintptr_t>(m);
     chunkEnd = chunkNext + want;

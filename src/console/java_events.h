@@ -1,0 +1,39 @@
+#pragma once
+// How the pump makes Java event objects. The library's implementation calls
+// the static factories of the class the native was called on; tests record.
+#include <jni.h>
+
+#include <cstdint>
+
+namespace vostan {
+
+class JavaEvents {
+ public:
+  virtual jobject keyEvent(int id, int modifiers, int keyCode, uint16_t character) = 0;
+  virtual jobject mouseEvent(int id, int modifiers, int x, int y, int clickCount, bool popup,
+                             int rotation) = 0;
+  virtual jobject applicationEvent(int id) = 0;
+  virtual jobject newGlobalRef(jobject) = 0;
+  virtual void deleteGlobalRef(jobject) = 0;
+
+ protected:
+  ~JavaEvents() = default;
+};
+
+// The factories of the WinConsole class, through JNI.
+class JniEvents final : public JavaEvents {
+ public:
+  JniEvents(JNIEnv* env, jclass cls) : env_(env), cls_(cls) {}
+  jobject keyEvent(int id, int modifiers, int keyCode, uint16_t character) override;
+  jobject mouseEvent(int id, int modifiers, int x, int y, int clickCount, bool popup,
+                     int rotation) override;
+  jobject applicationEvent(int id) override;
+  jobject newGlobalRef(jobject o) override { return env_->NewGlobalRef(o); }
+  void deleteGlobalRef(jobject o) override { env_->DeleteGlobalRef(o); }
+
+ private:
+  JNIEnv* env_;
+  jclass cls_;
+};
+
+}  // namespace vostan

@@ -1,0 +1,245 @@
+// The natives of mirelo.app.win32.WinConsole. All are static and act on theConsole.
+#include <jni.h>
+
+#include "bridge/bridge.h"
+#include "console/java_events.h"
+#include "console/keyboard.h"
+#include "console/win_console.h"
+#include "graphics/d3d_graphics.h"
+#include "platform/low_memory.h"
+#include "platform/win32_defs.h"
+
+using vostan::JniEvents;
+using vostan::theConsole;
+using vostan::platform::windowSystem;
+namespace keyboard = vostan::keyboard;
+
+namespace vostan {
+
+jobject JniEvents::keyEvent(int id, int modifiers, int keyCode, uint16_t character) {
+  static jmethodID factory = nullptr;
+  if (!factory)
+    factory = env_->GetStaticMethodID(cls_, "createKeyEvent", "(IIIC)Lmirelo/mwt/event/KeyEvent;");
+  if (!factory) return nullptr;
+  return env_->CallStaticObjectMethod(cls_, factory, id, modifiers, keyCode,
+                                      static_cast<jchar>(character));
+}
+
+jobject JniEvents::mouseEvent(int id, int modifiers, int x, int y, int clickCount, bool popup,
+                              int rotation) {
+  static jmethodID factory = nullptr;
+  if (!factory)
+    factory =
+        env_->GetStaticMethodID(cls_, "createMouseEvent", "(IIIIIZI)Lmirelo/mwt/event/MouseEvent;");
+  if (!factory) return nullptr;
+  return env_->CallStaticObjectMethod(cls_, factory, id, modifiers, x, y, clickCount,
+                                      static_cast<jboolean>(popup), rotation);
+}
+
+jobject JniEvents::applicationEvent(int id) {
+  static jmethodID factory = nullptr;
+  if (!factory)
+    factory = env_->GetStaticMethodID(cls_, "createApplicationEvent",
+                                      "(I)Lmirelo/mwt/event/ApplicationEvent;");
+  if (!factory) return nullptr;
+  return env_->CallStaticObjectMethod(cls_, factory, id);
+}
+
+}  // namespace vostan
+
+#define NATIVE(ret, name) extern "C" JNIEXPORT ret JNICALL Java_mirelo_app_win32_WinConsole_##name
+
+// Lifecycle
+
+NATIVE(jint, n_1init)(JNIEnv*, jclass) {
+  return vostan::platform::toHandle32(vostan::initConsole());
+}
+
+NATIVE(jboolean, n_1createWindow)(JNIEnv* env, jclass, jstring title, jint w, jint h, jint frame) {
+  char* text = vostan::getMultiByteString(env, title);
+  const bool ok = theConsole->createWindow(text, w, h, frame);
+  delete[] text;
+  return ok;
+}
+
+NATIVE(jboolean, n_1createDisplay)(JNIEnv*, jclass, jint w, jint h, jint bits, jint refresh) {
+  theConsole->createDisplay(w, h, bits, refresh);
+  return JNI_TRUE;
+}
+
+NATIVE(jboolean, n_1disposeDisplay)(JNIEnv*, jclass) {
+  theConsole->destroyDisplay(true);
+  return JNI_TRUE;
+}
+
+NATIVE(jboolean, n_1createGraphics)(JNIEnv*, jclass, jlong pixelFormat) {
+  if (!theConsole->window) return JNI_FALSE;
+  return theConsole->graphics->createDevice(theConsole->window, pixelFormat) >= 0;
+}
+
+NATIVE(void, n_1disposeGraphics)(JNIEnv*, jclass) {
+  if (theConsole->window && theConsole->deviceContext && theConsole->graphics->hasDevice())
+    theConsole->graphics->disposeDevice();
+}
+
+NATIVE(jboolean, n_1makeCurrent)(JNIEnv*, jclass) {
+  if (!theConsole->window || !theConsole->deviceContext || !theConsole->graphics->hasDevice())
+    return JNI_FALSE;
+  return theConsole->graphics->beginScene() >= 0;
+}
+
+NATIVE(void, n_1free)(JNIEnv*, jclass) {
+  if (theConsole->graphics->hasDevice()) theConsole->graphics->endScene();
+}
+
+NATIVE(void, n_1swapBuffers)(JNIEnv*, jclass) {
+  if (theConsole->graphics->hasDevice()) theConsole->graphics->swapBuffers();
+}
+
+NATIVE(void, n_1update)(JNIEnv* env, jclass cls) {
+  JniEvents events(env, cls);
+  theConsole->update(events);
+}
+
+NATIVE(void, n_1minimize)(JNIEnv*, jclass, jboolean restoreMode) {
+  theConsole->minimize(restoreMode);
+}
+
+NATIVE(jint, n_1getTimeMillis)(JNIEnv*, jclass) {
+  return static_cast<jint>(windowSystem().timeGetTime());
+}
+
+NATIVE(jboolean, n_1isForeProcess)(JNIEnv*, jclass) {
+  return theConsole->foreground != 0;
+}
+
+NATIVE(jint, n_1getScreenSize)(JNIEnv*, jclass) {
+  return static_cast<jint>((static_cast<uint32_t>(theConsole->clientWidth) << 16) |
+                           (static_cast<uint32_t>(theConsole->clientHeight) & 0xFFFF));
+}
+
+NATIVE(jint, n_1getWindowHandle)(JNIEnv*, jclass) {
+  return static_cast<jint>(theConsole->window);
+}
+
+NATIVE(void, n_1enableScreenSaver)(JNIEnv*, jclass, jboolean enabled) {
+  theConsole->screenSaverEnabled = enabled;
+}
+
+NATIVE(jint, n_1command)(JNIEnv*, jclass, jint, jint) {
+  return 0;
+}
+
+// Event pump
+
+NATIVE(jobject, n_1peekEvent)(JNIEnv* env, jclass cls) {
+  JniEvents events(env, cls);
+  return theConsole->peekEvent(events);
+}
+
+NATIVE(void, n_1disableEvents)(JNIEnv* env, jclass, jintArray ids) {
+  if (ids == nullptr) return;
+  const jsize n = env->GetArrayLength(ids);
+  auto* values = static_cast<jint*>(env->GetPrimitiveArrayCritical(ids, nullptr));
+  if (values == nullptr) return;
+  theConsole->disableEvents(values, n);
+  env->ReleasePrimitiveArrayCritical(ids, values, JNI_ABORT);
+}
+
+// Keyboard and mouse
+
+NATIVE(jboolean, n_1isKeyPressed)(JNIEnv*, jclass, jint code) {
+  return keyboard::isKeyPressed(code);
+}
+
+NATIVE(jint, n_1getModifiers)(JNIEnv*, jclass) {
+  return theConsole->modifiers;
+}
+
+NATIVE(jint, n_1getMousePos)(JNIEnv*, jclass) {
+  const auto p = windowSystem().getCursorPos();
+  const int x = p.x - theConsole->clientLeft, y = p.y - theConsole->clientTop;
+  return static_cast<jint>((static_cast<uint32_t>(x) << 16) | (static_cast<uint32_t>(y) & 0xFFFF));
+}
+
+NATIVE(void, n_1setMousePos)(JNIEnv*, jclass, jint x, jint y) {
+  if (theConsole->displayKind == 0) {
+    x += theConsole->clientLeft;
+    y += theConsole->clientTop;
+  }
+  windowSystem().setCursorPos(x, y);
+}
+
+NATIVE(void, n_1setCursorVisible)(JNIEnv*, jclass, jboolean visible) {
+  // Never ShowCursor here: the window applies it when the system asks (WM_SETCURSOR).
+  auto& ws = windowSystem();
+  vostan::WinConsole* c = theConsole;
+  const auto p = ws.screenToClient(c->window, ws.getCursorPos());
+  const auto r = ws.getClientRect(c->window);
+  const int hit = (p.x >= r.left && p.x <= r.right && p.y >= r.top && p.y <= r.bottom) ? 1 : 2;
+  if (!visible && c->cursorHidden == 0) {
+    c->cursorHidden = 1;
+    ws.postMessage(c->window, vostan::win::WM_SETCURSOR, 0, hit);
+  } else if (visible && c->cursorHidden == 1) {
+    c->cursorHidden = 0;
+    ws.postMessage(c->window, vostan::win::WM_SETCURSOR, 0, hit);
+  }
+}
+
+// Input methods: the settings are kept; composition comes with input method support.
+
+NATIVE(void, n_1enableInputMethods)(JNIEnv*, jclass, jboolean enabled) {
+  theConsole->inputMethodsEnabled = enabled;
+  windowSystem().postMessage(theConsole->window, vostan::win::MSG_INPUT_CONTEXT, enabled ? 1 : 0,
+                             0);
+}
+
+NATIVE(jint, n_1setInputMethodActiveMode)(JNIEnv*, jclass) {
+  theConsole->inputMethodMode = 2;
+  return 1;
+}
+
+NATIVE(void, n_1setInputMethodPassiveMode)(JNIEnv*, jclass, jboolean passive) {
+  theConsole->inputMethodMode = passive ? 1 : 0;
+}
+
+NATIVE(void, n_1setCandidateLocation)(JNIEnv*, jclass, jint x, jint y) {
+  theConsole->candidateX = x;
+  theConsole->candidateY = y;
+}
+
+// Display modes: not built yet.
+
+NATIVE(jobject, n_1getDisplayMode)(JNIEnv*, jclass) {
+  return nullptr;
+}
+NATIVE(jobjectArray, n_1getDisplayModeList)(JNIEnv*, jclass) {
+  return nullptr;
+}
+NATIVE(jboolean, n_1isDisplayAvailable)(JNIEnv*, jclass, jint, jint, jint, jint) {
+  return JNI_FALSE;
+}
+
+// Drag and drop: not built yet.
+NATIVE(void, n_1enableDrop)(JNIEnv*, jclass, jboolean) {}
+
+// Inline web views: not built yet, beyond the slot selection and the reserved entries.
+
+NATIVE(void, n_1showInlineWeb)(JNIEnv*, jclass, jint, jint, jint, jint) {}
+NATIVE(void, n_1hideInlineWeb)(JNIEnv*, jclass) {}
+NATIVE(void, n_1setInlineWebURL)(JNIEnv*, jclass, jstring) {}
+NATIVE(jstring, n_1getInlineWebURL)(JNIEnv*, jclass) {
+  return nullptr;
+}
+NATIVE(void, n_1selectInlineWeb)(JNIEnv*, jclass, jint slot) {
+  if (slot >= 0 && slot <= 9) theConsole->selectedWebSlot = slot;
+}
+NATIVE(jint, n_1getInlineWebParam)(JNIEnv*, jclass, jint) {
+  return 0;
+}
+NATIVE(void, n_1setInlineWebParam)(JNIEnv*, jclass, jint, jint) {}
+
+// Game controllers: not built yet.
+NATIVE(jobjectArray, n_1scanControllers)(JNIEnv*, jclass) {
+  return nullptr;
+}

@@ -1,0 +1,106 @@
+#pragma once
+// The window system on SDL2. SDL's events become the messages the console
+// logic expects: window changes are sent to the window procedure at once, as
+// the system sends size and activation; input is queued in arrival order,
+// with the messages the library posts itself.
+#include <SDL.h>
+
+#include <map>
+#include <string>
+
+#include "platform/window_system.h"
+
+namespace vostan::platform {
+
+class SdlWindowSystem : public WindowSystem {
+ public:
+  SdlWindowSystem();
+  ~SdlWindowSystem() override;
+
+  bool registerClass(const char* name, WindowProc proc, void* context) override;
+  WindowHandle createWindow(uint32_t exStyle, const char* className, const char* title,
+                            uint32_t style, int x, int y, int width, int height) override;
+  void destroyWindow(WindowHandle) override;
+  void showWindow(WindowHandle, int command) override;
+  bool isWindowVisible(WindowHandle) override;
+  void setForegroundWindow(WindowHandle) override;
+  void setActiveWindow(WindowHandle) override;
+  bool adjustWindowRect(Rect& rect, uint32_t style) override;
+  Rect getClientRect(WindowHandle) override;
+  Rect getWindowRect(WindowHandle) override;
+  void setWindowPos(WindowHandle, int x, int y, int width, int height, uint32_t flags) override;
+  void setProp(WindowHandle, const char* name, intptr_t value) override;
+  void removeProp(WindowHandle, const char* name) override;
+  uintptr_t getDC(WindowHandle w) override { return w; }
+  void releaseDC(WindowHandle, uintptr_t) override {}
+  bool peekMessage(Message& out) override;
+  void postMessage(WindowHandle, uint32_t message, uintptr_t wParam, intptr_t lParam) override;
+  void translateMessage(const Message&) override {}
+  intptr_t dispatchMessage(const Message&) override;
+  intptr_t defWindowProc(WindowHandle, uint32_t, uintptr_t, intptr_t) override { return 0; }
+  Point getCursorPos() override;
+  void setCursorPos(int x, int y) override;
+  WindowHandle windowFromPoint(Point) override;
+  Point screenToClient(WindowHandle, Point) override;
+  void clipCursor(const Rect* rect) override;
+  WindowHandle getCapture() override { return capture_; }
+  void setCapture(WindowHandle) override;
+  void releaseCapture() override;
+  CursorHandle loadArrowCursor() override;
+  void setCursor(CursorHandle) override;
+  int showCursor(bool show) override;
+  uint32_t getDoubleClickTime() override { return 500; }
+  int getDoubleClickWidth() override { return 4; }
+  int getDoubleClickHeight() override { return 4; }
+  int16_t getAsyncKeyState(int vk) override;
+  void getKeyboardState(uint8_t state[256]) override;
+  uint32_t getKeyboardLayout() override;
+  int getKeyboardType() override { return 4; }
+  uint32_t mapVirtualKey(uint32_t code) override;
+  int toAscii(uint32_t vk, uint32_t scan, const uint8_t state[256], uint16_t* out) override;
+  int16_t vkKeyScan(char ch) override;
+  int32_t changeDisplaySettings(const DisplayMode* mode, uint32_t flags) override;
+  uint32_t timeGetTime() override;
+  void timeBeginPeriod(uint32_t) override {}
+
+  // The SDL key behind a virtual key, and the other way round.
+  static int virtualKeyOf(const SDL_Keysym& key);
+
+ private:
+  struct Class {
+    WindowProc proc;
+    void* context;
+  };
+  struct Window {
+    SDL_Window* sdl = nullptr;
+    std::string className;
+    uint32_t style = 0;
+    bool active = false;
+    std::map<std::string, intptr_t> props;
+  };
+
+  static constexpr int kQueueSize = 1024;
+  Message queue_[kQueueSize];
+  int head_ = 0, count_ = 0;
+
+  std::map<std::string, Class> classes_;
+  std::map<WindowHandle, Window> windows_;
+  WindowHandle capture_ = 0;
+  uint8_t keys_[256] = {};
+  uint32_t buttons_ = 0;  // MK_ bits of the mouse buttons held
+  Point cursor_{0, 0};
+  bool globalMouse_ = false;
+  int cursorCount_ = 0;
+  SDL_Cursor* arrow_ = nullptr;
+  bool fullScreenMode_ = false;
+  SDL_DisplayMode mode_{};
+
+  bool ensureVideo();
+  void enqueue(const Message& m);
+  intptr_t send(WindowHandle, uint32_t msg, uintptr_t wp, intptr_t lp);
+  void translate(const SDL_Event& e);
+  uintptr_t mouseKeys() const;
+  Window* find(WindowHandle h);
+};
+
+}  // namespace vostan::platform
