@@ -32,6 +32,7 @@ class JniEvents final : public JavaEvents {
   void deleteGlobalRef(jobject o) override { env_->DeleteGlobalRef(o); }
 
  private:
+  jobject checked(jobject result);
   JNIEnv* env_;
   jclass cls_;
 };

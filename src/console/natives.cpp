@@ -16,13 +16,20 @@ namespace keyboard = vostan::keyboard;
 
 namespace vostan {
 
+jobject JniEvents::checked(jobject result) {
+  // A factory that throws leaves its exception for Java to see on return; the
+  // pump carries on with a null.
+  if (env_->ExceptionCheck()) return nullptr;
+  return result;
+}
+
 jobject JniEvents::keyEvent(int id, int modifiers, int keyCode, uint16_t character) {
   static jmethodID factory = nullptr;
   if (!factory)
     factory = env_->GetStaticMethodID(cls_, "createKeyEvent", "(IIIC)Lmirelo/mwt/event/KeyEvent;");
   if (!factory) return nullptr;
-  return env_->CallStaticObjectMethod(cls_, factory, id, modifiers, keyCode,
-                                      static_cast<jchar>(character));
+  return checked(env_->CallStaticObjectMethod(cls_, factory, id, modifiers, keyCode,
+                                              static_cast<jchar>(character)));
 }
 
 jobject JniEvents::mouseEvent(int id, int modifiers, int x, int y, int clickCount, bool popup,
@@ -32,8 +39,8 @@ jobject JniEvents::mouseEvent(int id, int modifiers, int x, int y, int clickCoun
     factory =
         env_->GetStaticMethodID(cls_, "createMouseEvent", "(IIIIIZI)Lmirelo/mwt/event/MouseEvent;");
   if (!factory) return nullptr;
-  return env_->CallStaticObjectMethod(cls_, factory, id, modifiers, x, y, clickCount,
-                                      static_cast<jboolean>(popup), rotation);
+  return checked(env_->CallStaticObjectMethod(cls_, factory, id, modifiers, x, y, clickCount,
+                                              static_cast<jboolean>(popup), rotation));
 }
 
 jobject JniEvents::applicationEvent(int id) {
@@ -42,7 +49,7 @@ jobject JniEvents::applicationEvent(int id) {
     factory = env_->GetStaticMethodID(cls_, "createApplicationEvent",
                                       "(I)Lmirelo/mwt/event/ApplicationEvent;");
   if (!factory) return nullptr;
-  return env_->CallStaticObjectMethod(cls_, factory, id);
+  return checked(env_->CallStaticObjectMethod(cls_, factory, id));
 }
 
 }  // namespace vostan

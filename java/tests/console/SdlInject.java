@@ -1,0 +1,22 @@
+package vostan.test;
+
+/** Pushes SDL events at the console's window, as a user would make them. */
+public final class SdlInject {
+  static {
+    System.loadLibrary("vostan_testhooks");
+  }
+
+  private SdlInject() {}
+
+  public static native void motion(int window, int x, int y, int buttons);
+
+  public static native void button(int window, int button, boolean down, int x, int y);
+
+  public static native void wheel(int window, int steps);
+
+  public static native void key(int window, int scancode, int keycode, boolean down);
+
+  public static native void text(int window, String text);
+
+  public static native void close(int window);
+}
