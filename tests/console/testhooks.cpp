@@ -65,3 +65,12 @@ HOOK(void, close)(JNIEnv*, jclass, jint window) {
   e.window.event = SDL_WINDOWEVENT_CLOSE;
   SDL_PushEvent(&e);
 }
+
+#include <dlfcn.h>
+
+// Heap allocations of the calling thread when the counting malloc is preloaded; -1 otherwise.
+HOOK(jlong, mallocs)(JNIEnv*, jclass) {
+  using Counter = unsigned long (*)();
+  static auto counter = reinterpret_cast<Counter>(dlsym(RTLD_DEFAULT, "vostan_thread_mallocs"));
+  return counter ? static_cast<jlong>(counter()) : -1;
+}

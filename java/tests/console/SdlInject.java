@@ -19,4 +19,7 @@ public final class SdlInject {
   public static native void text(int window, String text);
 
   public static native void close(int window);
+
+  /** Allocations of this thread so far, with the counting malloc preloaded; else -1. */
+  public static native long mallocs();
 }

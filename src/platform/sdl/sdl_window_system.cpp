@@ -305,8 +305,12 @@ void SdlWindowSystem::postMessage(WindowHandle h, uint32_t message, uintptr_t wp
 
 bool SdlWindowSystem::peekMessage(Message& out) {
   if (count_ == 0 && SDL_WasInit(SDL_INIT_VIDEO)) {
+    // Pump and peek rather than SDL_PollEvent, whose end-of-round marker would
+    // hide an event pushed after the previous round.
+    SDL_PumpEvents();
     SDL_Event e;
-    while (count_ == 0 && SDL_PollEvent(&e)) translate(e);
+    while (count_ == 0 && SDL_PeepEvents(&e, 1, SDL_GETEVENT, SDL_FIRSTEVENT, SDL_LASTEVENT) > 0)
+      translate(e);
   }
   while (count_ > 0) {
     out = queue_[head_];
