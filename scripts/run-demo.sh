@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Runs the Java demo against the built library. With no display, it starts
+# Xvfb and plays a user with xdotool (move, click, drag, scroll, type).
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/env.sh"
+LIB="$BUILD/main"
+CP="$LIB/java/vostan.jar"
+run() { "$JAVA_HOME/bin/java" -Djava.library.path="$LIB" -cp "$CP" vostan.demo.Demo "$@"; }
+
+if [ -n "${DISPLAY:-}" ]; then
+  run "$@"
+  exit
+fi
+if ! command -v Xvfb >/dev/null; then
+  echo "demo: no display and no Xvfb: running on SDL's offscreen driver"
+  SDL_VIDEODRIVER=offscreen run "$@"
+  exit
+fi
+
+display=":$((90 + RANDOM % 100))"
+Xvfb "$display" -screen 0 1024x768x24 -nolisten tcp >/dev/null 2>&1 &
+xvfb=$!
+trap 'kill $xvfb 2>/dev/null || true' EXIT
+export DISPLAY="$display"
+sleep 1  # Xvfb takes a moment to accept clients
+
+play_user() {
+  local win=""
+  for _ in $(seq 50); do
+    win=$(xdotool search --classname java 2>/dev/null | head -1) && [ -n "$win" ] && break
+    sleep 0.1
+  done
+  [ -n "$win" ] || return 0
+  sleep 1
+  xdotool mousemove --window "$win" 100 100 sleep 0.3 mousemove --window "$win" 200 150 sleep 0.3
+  xdotool click 1 sleep 0.2 click 1 sleep 0.3
+  xdotool mousedown 1 mousemove --window "$win" 260 200 mouseup 1 sleep 0.3
+  xdotool click 4 sleep 0.2 click 5 sleep 0.3
+  xdotool type --delay 120 "Hello"
+  sleep 0.3
+  xdotool key F10
+}
+play_user &
+run "$@"
