@@ -74,3 +74,63 @@ HOOK(jlong, mallocs)(JNIEnv*, jclass) {
   static auto counter = reinterpret_cast<Counter>(dlsym(RTLD_DEFAULT, "vostan_thread_mallocs"));
   return counter ? static_cast<jlong>(counter()) : -1;
 }
+
+// The text and exception helpers, reached from Java.
+#include "bridge/bridge.h"
+
+#define BRIDGE(ret, name) extern "C" JNIEXPORT ret JNICALL Java_vostan_test_BridgeHooks_##name
+
+BRIDGE(jstring, multiByteRoundTrip)(JNIEnv* env, jclass, jstring s, jint codePage) {
+  const int saved = vostan::textCodePage;
+  vostan::textCodePage = codePage;
+  char* bytes = vostan::getMultiByteString(env, s);
+  jstring back = bytes ? vostan::newStringFromMultiByte(env, bytes, std::strlen(bytes)) : nullptr;
+  delete[] bytes;
+  vostan::textCodePage = saved;
+  return back;
+}
+
+BRIDGE(jint, multiByteLength)(JNIEnv* env, jclass, jstring s, jint codePage) {
+  const int saved = vostan::textCodePage;
+  vostan::textCodePage = codePage;
+  char* bytes = vostan::getMultiByteString(env, s);
+  const jint n = bytes ? static_cast<jint>(std::strlen(bytes)) : -1;
+  delete[] bytes;
+  vostan::textCodePage = saved;
+  return n;
+}
+
+BRIDGE(jstring, fromNullBytes)(JNIEnv* env, jclass, jint length) {
+  return vostan::newStringFromMultiByte(env, nullptr, static_cast<std::size_t>(length));
+}
+
+BRIDGE(jstring, wideRoundTrip)(JNIEnv* env, jclass, jstring s) {
+  char16_t* wide = vostan::getWideString(env, s);
+  if (!wide) return nullptr;
+  jsize n = 0;
+  while (wide[n]) ++n;
+  jstring back = env->NewString(reinterpret_cast<const jchar*>(wide), n);
+  delete[] wide;
+  return back;
+}
+
+BRIDGE(jstring, fromPath)(JNIEnv* env, jclass, jbyteArray utf8) {
+  const jsize n = env->GetArrayLength(utf8);
+  char path[256] = {};
+  env->GetByteArrayRegion(utf8, 0, n < 255 ? n : 255, reinterpret_cast<jbyte*>(path));
+  return vostan::newStringFromPath(env, path);
+}
+
+BRIDGE(void, throwInternal)(JNIEnv* env, jclass, jstring message) {
+  const char* m = env->GetStringUTFChars(message, nullptr);
+  vostan::throwInternalError(env, m);
+  env->ReleaseStringUTFChars(message, m);
+}
+
+BRIDGE(void, throwOutOfMemory)(JNIEnv* env, jclass) {
+  vostan::throwOutOfMemoryError(env, "out of memory error");
+}
+
+BRIDGE(void, throwMissingClass)(JNIEnv* env, jclass) {
+  vostan::throwNew(env, "no/such/Thing", "never seen");
+}
