@@ -6,6 +6,17 @@
 #include <cstdlib>
 #include <mutex>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define VOSTAN_LSAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VOSTAN_LSAN 1
+#endif
+#endif
+#ifdef VOSTAN_LSAN
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace vostan::platform {
 namespace {
 
@@ -30,6 +41,10 @@ void* lowAlloc(std::size_t size, std::size_t align) {
     void* m =
         mmap(nullptr, want, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_32BIT, -1, 0);
     if (m == MAP_FAILED) outOfLowMemory(size);
+#ifdef VOSTAN_LSAN
+    // What these objects point to is alive: let the leak checker see it.
+    __lsan_register_root_region(m, want);
+#endif
     chunkNext = reinterpret_cast<uintptr_t>(m);
     chunkEnd = chunkNext + want;
     if (chunkEnd > 0x80000000u) outOfLowMemory(size);
