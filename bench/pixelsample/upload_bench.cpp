@@ -1,0 +1,134 @@
+// Throughput of a 1024x1024 texture transfer per format, driven row by row
+// through a row buffer as the texture store does. Bytes are those of the
+// larger of the two images, the least any transfer has to touch; each case
+// also copies that many bytes with memcpy in the same run and reports the time
+// ratio (conversion / memcpy) as vs_memcpy.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <vector>
+
+#include "graphics/pixelsample/sample_select.h"
+
+namespace vostan {
+namespace {
+
+constexpr int32_t kSide = 1024;
+using Clock = std::chrono::steady_clock;
+
+struct Image {
+  std::vector<uint8_t> bytes;
+  explicit Image(size_t size) : bytes(size) {
+    for (size_t i = 0; i < size; ++i) bytes[i] = uint8_t(i * 2654435761u >> 13);
+  }
+};
+
+// Samples are made for each transfer, as the store makes them.
+template <class MakeSource, class MakeTarget>
+void runTransfer(benchmark::State& state, int32_t srcSize, int32_t dstSize, MakeSource makeSource,
+                 MakeTarget makeTarget) {
+  const size_t srcBytes = size_t(srcSize) * kSide * kSide;
+  const size_t dstBytes = size_t(dstSize) * kSide * kSide;
+  const size_t bytes = std::max(srcBytes, dstBytes);
+  Image src(srcBytes), dst(dstBytes);
+  std::vector<uint32_t> row(kSide);
+  const int32_t pitch = dstSize * kSide;
+  Clock::duration converting{};
+  for (auto _ : state) {
+    const auto t0 = Clock::now();
+    auto source = makeSource(src.bytes.data());
+    auto target = makeTarget(dst.bytes.data());
+    for (int32_t r = 0; r < kSide; ++r) {
+      source->getPixels(row.data(), r * kSide, r * kSide + kSide);
+      target->setPixels(row.data(), dst.bytes.data() + size_t(r) * pitch, kSide);
+    }
+    benchmark::ClobberMemory();
+    converting += Clock::now() - t0;
+  }
+  Image from(bytes);
+  std::vector<uint8_t> copy(bytes);
+  Clock::duration copying{};
+  for (int64_t i = 0; i < state.iterations(); ++i) {
+    const auto t0 = Clock::now();
+    std::memcpy(copy.data(), from.bytes.data(), bytes);
+    benchmark::ClobberMemory();
+    copying += Clock::now() - t0;
+  }
+  state.SetBytesProcessed(int64_t(bytes) * state.iterations());
+  state.counters["vs_memcpy"] = double(converting.count()) / double(copying.count());
+  state.counters["memcpy_GBps"] =
+      double(bytes) * state.iterations() / std::chrono::duration<double>(copying).count() / 1e9;
+}
+
+// Caller memory in GL terms into an A8R8G8B8 texture.
+void memoryToTexture(benchmark::State& state, int32_t format, int32_t type, int32_t size) {
+  runTransfer(
+      state, size, 4, [&](void* p) { return sampleForMemory(format, type, p); },
+      [](void* p) { return sampleForSurface(d3dfmt::kA8R8G8B8, p); });
+}
+
+// 8-bit RGBA, as movies and fonts upload it, into each surface format.
+void rgbaToSurface(benchmark::State& state, int32_t format, int32_t size) {
+  runTransfer(
+      state, 4, size, [](void* p) { return sampleForMemory(gl::kRgba, gl::kUnsignedByte, p); },
+      [&](void* p) { return sampleForSurface(format, p); });
+}
+
+// Back from a surface into 8-bit RGBA memory, as a read-back does.
+void surfaceToRgba(benchmark::State& state, int32_t format, int32_t size) {
+  runTransfer(
+      state, size, 4, [&](void* p) { return sampleForSurface(format, p); },
+      [](void* p) { return sampleForMemory(gl::kRgba, gl::kUnsignedByte, p); });
+}
+
+#define SURFACE(name, size)                                                    \
+  BENCHMARK_CAPTURE(rgbaToSurface, name, d3dfmt::k##name, size)->MinTime(0.2); \
+  BENCHMARK_CAPTURE(surfaceToRgba, name, d3dfmt::k##name, size)->MinTime(0.2)
+SURFACE(A8R8G8B8, 4);
+SURFACE(X8R8G8B8, 4);
+SURFACE(R8G8B8, 3);
+SURFACE(R5G6B5, 2);
+SURFACE(X1R5G5B5, 2);
+SURFACE(A1R5G5B5, 2);
+SURFACE(A4R4G4B4, 2);
+SURFACE(A8, 1);
+SURFACE(L8, 1);
+SURFACE(A8L8, 2);
+SURFACE(R16F, 2);
+
+#define MEMORY(format, type, size)                                                      \
+  BENCHMARK_CAPTURE(memoryToTexture, format##_##type, gl::k##format, gl::k##type, size) \
+      ->MinTime(0.2)
+MEMORY(Rgba, UnsignedByte, 4);
+MEMORY(Bgra, UnsignedByte, 4);
+MEMORY(AbgrExt, UnsignedByte, 4);
+MEMORY(Rgb, UnsignedByte, 3);
+MEMORY(LuminanceAlpha, UnsignedByte, 2);
+MEMORY(Luminance, UnsignedByte, 1);
+MEMORY(Alpha, UnsignedByte, 1);
+MEMORY(Red, UnsignedByte, 1);
+MEMORY(Rgba, UnsignedShort, 8);
+MEMORY(Rgb, UnsignedShort, 6);
+MEMORY(Luminance, UnsignedShort, 2);
+MEMORY(Rgba, UnsignedInt, 16);
+MEMORY(Rgb, UnsignedInt, 12);
+MEMORY(Alpha, UnsignedInt, 4);
+MEMORY(Rgb, UnsignedByte332, 1);
+MEMORY(Rgb, UnsignedByte233Rev, 1);
+MEMORY(Rgb, UnsignedShort565, 2);
+MEMORY(Rgb, UnsignedShort565Rev, 2);
+MEMORY(Rgba, UnsignedShort4444, 2);
+MEMORY(Bgra, UnsignedShort4444Rev, 2);
+MEMORY(Rgba, UnsignedShort5551, 2);
+MEMORY(Bgra, UnsignedShort1555Rev, 2);
+MEMORY(Rgba, UnsignedInt8888, 4);
+MEMORY(Bgra, UnsignedInt8888Rev, 4);
+MEMORY(Rgba, UnsignedInt1010102, 4);
+MEMORY(Rgba, UnsignedInt2101010Rev, 4);
+
+}  // namespace
+}  // namespace vostan
+
+BENCHMARK_MAIN();
