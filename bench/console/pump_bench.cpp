@@ -19,6 +19,8 @@ class NullEvents : public JavaEvents {
   jobject keyEvent(int, int, int, uint16_t) override { return token(); }
   jobject mouseEvent(int, int, int, int, int, bool, int) override { return token(); }
   jobject applicationEvent(int) override { return token(); }
+  jobject dropTargetEvent(int, int, int, int, jobject) override { return token(); }
+  jobject newFileArray(const std::vector<std::string>&) override { return token(); }
   jobject newGlobalRef(jobject o) override { return o; }
   void deleteGlobalRef(jobject) override {}
 

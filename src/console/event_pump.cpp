@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "bridge/bridge.h"
+#include "console/drop_target.h"
 #include "console/java_events.h"
 #include "console/keyboard.h"
 #include "console/win_console.h"
@@ -173,6 +174,11 @@ jobject WinConsole::handleMessage(JavaEvents& events, const Message& m) {
     case win::MSG_WHEEL_A:
     case win::MSG_WHEEL_B:
       return wheel(events, x, y, static_cast<int>(static_cast<intptr_t>(m.wParam)));
+    case win::MSG_DRAG_ENTERED:
+    case win::MSG_DRAGGED_OVER:
+    case win::MSG_DRAG_LEFT:
+    case win::MSG_DROPPED:
+      return dropEvent(events, m);
     case win::MSG_CURSOR_HIDDEN:
       cursorHidden = m.wParam == 0;
       return nullptr;
@@ -190,6 +196,37 @@ jobject WinConsole::handleMessage(JavaEvents& events, const Message& m) {
       return applicationEvent(events, 2104);
     default:
       return nullptr;
+  }
+}
+
+jobject WinConsole::dropEvent(JavaEvents& events, const Message& m) {
+  auto* target = static_cast<SimpleDropTarget*>(dropTarget);
+  const int keys = static_cast<int>(m.wParam);
+  const int x = win::loWordSigned(m.lParam), y = win::hiWordSigned(m.lParam);
+  switch (m.message) {
+    case win::MSG_DRAG_ENTERED:
+      // The file list becomes Java objects here, once per drag.
+      if (!target || !target->hasMedium) return nullptr;
+      if (target->files) events.deleteGlobalRef(target->files);
+      target->files = events.newFileArray(target->medium);
+      target->medium.clear();
+      target->hasMedium = false;
+      return eventDisabled[3000] ? nullptr
+                                 : events.dropTargetEvent(3000, keys, x, y, target->files);
+    case win::MSG_DRAGGED_OVER:
+      if (!target || !target->files) return nullptr;
+      return eventDisabled[3002] ? nullptr
+                                 : events.dropTargetEvent(3002, keys, x, y, target->files);
+    default: {
+      if (!target || !target->files) return nullptr;
+      const int id = m.message == win::MSG_DRAG_LEFT ? 3001 : 3003;
+      const jobject e =
+          eventDisabled[id] ? nullptr : events.dropTargetEvent(id, keys, x, y, target->files);
+      // The event holds the array now; the target lets go of it.
+      events.deleteGlobalRef(target->files);
+      target->files = nullptr;
+      return e;
+    }
   }
 }
 

@@ -4,6 +4,8 @@
 #include <jni.h>
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 namespace vostan {
 
@@ -13,6 +15,9 @@ class JavaEvents {
   virtual jobject mouseEvent(int id, int modifiers, int x, int y, int clickCount, bool popup,
                              int rotation) = 0;
   virtual jobject applicationEvent(int id) = 0;
+  virtual jobject dropTargetEvent(int id, int keyState, int x, int y, jobject files) = 0;
+  // A new java.io.File[] of the paths, held as a global reference.
+  virtual jobject newFileArray(const std::vector<std::string>& paths) = 0;
   virtual jobject newGlobalRef(jobject) = 0;
   virtual void deleteGlobalRef(jobject) = 0;
 
@@ -28,6 +33,8 @@ class JniEvents final : public JavaEvents {
   jobject mouseEvent(int id, int modifiers, int x, int y, int clickCount, bool popup,
                      int rotation) override;
   jobject applicationEvent(int id) override;
+  jobject dropTargetEvent(int id, int keyState, int x, int y, jobject files) override;
+  jobject newFileArray(const std::vector<std::string>& paths) override;
   jobject newGlobalRef(jobject o) override { return env_->NewGlobalRef(o); }
   void deleteGlobalRef(jobject o) override { env_->DeleteGlobalRef(o); }
 

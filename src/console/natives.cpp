@@ -52,6 +52,38 @@ jobject JniEvents::applicationEvent(int id) {
   return checked(env_->CallStaticObjectMethod(cls_, factory, id));
 }
 
+jobject JniEvents::dropTargetEvent(int id, int keyState, int x, int y, jobject files) {
+  static jmethodID factory = nullptr;
+  if (!factory)
+    factory = env_->GetStaticMethodID(cls_, "createDropTargetEvent",
+                                      "(IIIILjava/lang/Object;)Lmirelo/mwt/dnd/DropTargetEvent;");
+  if (!factory) return nullptr;
+  return checked(env_->CallStaticObjectMethod(cls_, factory, id, keyState, x, y, files));
+}
+
+jobject JniEvents::newFileArray(const std::vector<std::string>& paths) {
+  static jclass fileClass = nullptr;
+  static jmethodID fileInit = nullptr;
+  if (!fileClass) {
+    jclass local = env_->FindClass("java/io/File");
+    if (!local) return nullptr;
+    fileClass = static_cast<jclass>(env_->NewGlobalRef(local));
+    fileInit = env_->GetMethodID(fileClass, "<init>", "(Ljava/lang/String;)V");
+  }
+  jobjectArray array = env_->NewObjectArray(static_cast<jsize>(paths.size()), fileClass, nullptr);
+  if (!array) return nullptr;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    // Paths keep to the system code page, whatever the keyboard's is.
+    jstring name = newStringFromPath(env_, paths[i].c_str());
+    jobject file = env_->NewObject(fileClass, fileInit, name);
+    if (env_->ExceptionCheck()) return nullptr;
+    env_->SetObjectArrayElement(array, static_cast<jsize>(i), file);
+    env_->DeleteLocalRef(file);
+    env_->DeleteLocalRef(name);
+  }
+  return env_->NewGlobalRef(array);
+}
+
 }  // namespace vostan
 
 #define NATIVE(ret, name) extern "C" JNIEXPORT ret JNICALL Java_mirelo_app_win32_WinConsole_##name
@@ -215,20 +247,55 @@ NATIVE(void, n_1setCandidateLocation)(JNIEnv*, jclass, jint x, jint y) {
   theConsole->candidateY = y;
 }
 
-// Display modes: not built yet.
+// Display modes
 
-NATIVE(jobject, n_1getDisplayMode)(JNIEnv*, jclass) {
-  return nullptr;
+static jobject displayModeObject(JNIEnv* env, jclass cls, const vostan::platform::DisplayMode& m) {
+  static jmethodID factory = nullptr;
+  if (!factory)
+    factory = env->GetStaticMethodID(cls, "createDisplayMode", "(IIII)Lmirelo/app/DisplayMode;");
+  if (!factory) return nullptr;
+  jobject o = env->CallStaticObjectMethod(cls, factory, m.width, m.height, m.bits, m.refresh);
+  return env->ExceptionCheck() ? nullptr : o;
 }
-NATIVE(jobjectArray, n_1getDisplayModeList)(JNIEnv*, jclass) {
-  return nullptr;
+
+NATIVE(jobject, n_1getDisplayMode)(JNIEnv* env, jclass cls) {
+  vostan::platform::DisplayMode m;
+  windowSystem().enumDisplaySettings(-1, m);
+  return displayModeObject(env, cls, m);
 }
+
+NATIVE(jobjectArray, n_1getDisplayModeList)(JNIEnv* env, jclass cls) {
+  // Held globally: the class lives as long as the process caches it.
+  static jclass modeClass = nullptr;
+  if (!modeClass) {
+    jclass local = env->FindClass("mirelo/app/DisplayMode");
+    if (!local) return nullptr;
+    modeClass = static_cast<jclass>(env->NewGlobalRef(local));
+  }
+  auto& ws = windowSystem();
+  vostan::platform::DisplayMode m;
+  int count = 0;
+  while (ws.enumDisplaySettings(count, m)) ++count;
+  jobjectArray list = env->NewObjectArray(count, modeClass, nullptr);
+  if (!list) return nullptr;
+  for (int i = 0; i < count; ++i) {
+    ws.enumDisplaySettings(i, m);
+    jobject mode = displayModeObject(env, cls, m);
+    if (env->ExceptionCheck()) return nullptr;
+    env->SetObjectArrayElement(list, i, mode);
+    env->DeleteLocalRef(mode);
+  }
+  return list;
+}
+
 NATIVE(jboolean, n_1isDisplayAvailable)(JNIEnv*, jclass, jint, jint, jint, jint) {
   return JNI_FALSE;
 }
 
-// Drag and drop: not built yet.
-NATIVE(void, n_1enableDrop)(JNIEnv*, jclass, jboolean) {}
+// Drag and drop
+NATIVE(void, n_1enableDrop)(JNIEnv*, jclass, jboolean enabled) {
+  theConsole->enableDrop(enabled);
+}
 
 // Inline web views: not built yet, beyond the slot selection and the reserved entries.
 

@@ -6,6 +6,7 @@
 
 #include "audio/audio_manager.h"
 #include "bridge/bridge.h"
+#include "console/drop_target.h"
 #include "console/java_events.h"
 #include "console/keyboard.h"
 #include "graphics/d3d_graphics.h"
@@ -22,6 +23,15 @@ WinConsole* theConsole = nullptr;
 namespace {
 
 constexpr int kUseDefault = static_cast<int>(0x80000000u);
+
+// Placements of the desktop's windows, saved before the first full-screen mode.
+// A restore leaves the table as it is, so a second restore repeats the first.
+struct SavedPlacement {
+  platform::DesktopWindow window;
+  platform::WindowPlacement placement;
+};
+SavedPlacement savedPlacements[100];
+int savedPlacementCount = 0;
 
 intptr_t consoleProc(void* context, platform::WindowHandle w, uint32_t msg, uintptr_t wp,
                      intptr_t lp) {
@@ -59,7 +69,7 @@ bool WinConsole::createWindow(const char* title, int width, int height, int fram
   destroyDisplay(false);
   if (previousKind == 2) {
     ws.changeDisplaySettings(nullptr, 0);
-    // Desktop placements come back here once display modes are built.
+    restorePlacements();
   }
   if (title == nullptr) title = "";
   uint32_t style = frame == 1 ? 0xCE0000u : frame == 2 ? 0xCA0000u : 0xC00000u;
@@ -104,8 +114,10 @@ void WinConsole::setFullScreenMode() {
 
 void WinConsole::createDisplay(int width, int height, int bits, int refresh) {
   auto& ws = windowSystem();
+  const int previousKind = displayKind;
   destroyDisplay(false);
-  // Going from full screen to full screen keeps the desktop placements saved first.
+  // Going from full screen to full screen keeps the placements saved first.
+  if (previousKind != 2) savePlacements();
   displayWidth = width;
   displayHeight = height;
   displayBits = bits;
@@ -263,11 +275,55 @@ void WinConsole::minimize(bool restoreMode) {
   if (window) {
     if (displayKind == 2) {
       ws.changeDisplaySettings(nullptr, 0);
+      restorePlacements();
       if (graphics->hasDevice()) graphics->resetDevice();
     }
     ws.showWindow(window, win::SW_MINIMIZE);
   }
   minimizedByCall = restoreMode;
+}
+
+void WinConsole::savePlacements() {
+  savedPlacementCount = 0;
+  windowSystem().enumWindows(
+      [](void*, const platform::DesktopWindowInfo& w) {
+        if (!w.visible || w.owned || w.title[0] == '\0') return;
+        // The enumeration goes on when the table is full: the first 100 are kept.
+        if (std::strcmp(w.className, "Progman") == 0 || savedPlacementCount >= 100) return;
+        SavedPlacement& entry = savedPlacements[savedPlacementCount];
+        windowSystem().getWindowPlacement(w.handle, entry.placement);
+        entry.window = w.handle;
+        ++savedPlacementCount;
+      },
+      nullptr);
+}
+
+void WinConsole::restorePlacements() {
+  windowSystem().enumWindows(
+      [](void*, const platform::DesktopWindowInfo& w) {
+        for (int i = 0; i < savedPlacementCount; ++i) {
+          if (savedPlacements[i].window == w.handle) {
+            windowSystem().setWindowPlacement(w.handle, savedPlacements[i].placement);
+            return;
+          }
+        }
+      },
+      nullptr);
+}
+
+void WinConsole::enableDrop(bool enabled) {
+  auto& ws = windowSystem();
+  if (enabled == (dropTarget != nullptr)) return;
+  if (enabled) {
+    auto* target = new SimpleDropTarget(window);
+    dropTarget = target;
+    ws.registerDragDrop(window, target);
+  } else {
+    auto* target = static_cast<SimpleDropTarget*>(dropTarget);
+    ws.revokeDragDrop(window);
+    dropTarget = nullptr;
+    delete target;
+  }
 }
 
 }  // namespace vostan

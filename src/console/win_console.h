@@ -61,6 +61,11 @@ class WinConsole {
   // Event pump
   jobject peekEvent(JavaEvents& events);
   void disableEvents(const int32_t* ids, int count);
+  void enableDrop(bool enabled);
+
+  // Desktop placements kept across a stay in full screen.
+  void savePlacements();
+  void restorePlacements();
 
  private:
   void setFullScreenMode();
@@ -69,6 +74,7 @@ class WinConsole {
                      int rotation);
   jobject keyEvent(JavaEvents& events, int id, int mods, int code, uint16_t ch);
   jobject applicationEvent(JavaEvents& events, int id);
+  jobject dropEvent(JavaEvents& events, const platform::Message& m);
   jobject pressed(JavaEvents& events, int button, int x, int y);
   jobject released(JavaEvents& events, int button, int x, int y, uintptr_t wParam);
   jobject moved(JavaEvents& events, int x, int y, uintptr_t wParam);

@@ -83,6 +83,12 @@ constexpr uintptr_t MK_SHIFT = 0x0004;
 constexpr uintptr_t MK_CONTROL = 0x0008;
 constexpr uintptr_t MK_MBUTTON = 0x0010;
 
+// Drop effects
+constexpr uint32_t DROPEFFECT_NONE = 0;
+constexpr uint32_t DROPEFFECT_COPY = 1;
+constexpr uint32_t DROPEFFECT_MOVE = 2;
+constexpr uint32_t DROPEFFECT_LINK = 4;
+
 // Virtual keys used by the logic
 constexpr int VK_LBUTTON = 0x01;
 constexpr int VK_RBUTTON = 0x02;

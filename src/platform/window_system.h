@@ -30,6 +30,36 @@ struct DisplayMode {
   int32_t width = 0, height = 0, bits = 0, refresh = 0;
 };
 
+// Another application's top-level window, as the desktop lists it.
+using DesktopWindow = uintptr_t;
+struct DesktopWindowInfo {
+  DesktopWindow handle = 0;
+  const char* title = "";
+  const char* className = "";
+  bool visible = false;
+  bool owned = false;  // has an owner window
+};
+using EnumWindowsProc = void (*)(void* context, const DesktopWindowInfo&);
+struct WindowPlacement {
+  int32_t showCommand = 0;
+  Point minPosition, maxPosition;
+  Rect normalPosition;
+};
+
+// Receives files dragged onto a window. The effect results are DROPEFFECT_* values.
+class DropTarget {
+ public:
+  // `files` is null when the drag carries no file list.
+  virtual uint32_t dragEnter(const char* const* files, int count, uint32_t keyState,
+                             Point screen) = 0;
+  virtual uint32_t dragOver(uint32_t keyState, Point screen) = 0;
+  virtual void dragLeave() = 0;
+  virtual uint32_t drop(uint32_t keyState, Point screen) = 0;
+
+ protected:
+  ~DropTarget() = default;
+};
+
 class WindowSystem {
  public:
   virtual ~WindowSystem() = default;
@@ -90,6 +120,17 @@ class WindowSystem {
 
   // Display mode; null restores the desktop's. 0 on success.
   virtual int32_t changeDisplaySettings(const DisplayMode* mode, uint32_t flags) = 0;
+  // Mode `index` of the screen, or the present one for index -1; false past the last.
+  virtual bool enumDisplaySettings(int index, DisplayMode& out) = 0;
+
+  // The desktop's top-level windows, and their placements.
+  virtual void enumWindows(EnumWindowsProc proc, void* context) = 0;
+  virtual bool getWindowPlacement(DesktopWindow, WindowPlacement& out) = 0;
+  virtual void setWindowPlacement(DesktopWindow, const WindowPlacement&) = 0;
+
+  // Files dropped on a window go to its target.
+  virtual bool registerDragDrop(WindowHandle, DropTarget* target) = 0;
+  virtual void revokeDragDrop(WindowHandle) = 0;
 
   // Time: a monotonic millisecond clock.
   virtual uint32_t timeGetTime() = 0;

@@ -3,6 +3,7 @@
 // can look up, and global references are counted.
 #include <cstdint>
 #include <set>
+#include <string>
 #include <vector>
 
 #include "console/java_events.h"
@@ -13,6 +14,7 @@ struct EventRecord {
   int id = 0, modifiers = 0, x = 0, y = 0, clickCount = 0, rotation = 0, keyCode = 0;
   bool popup = false;
   uint16_t character = 0;
+  jobject files = nullptr;
 };
 
 class FakeEvents : public JavaEvents {
@@ -20,6 +22,7 @@ class FakeEvents : public JavaEvents {
   std::vector<EventRecord> made;
   std::set<uintptr_t> globals;
   std::vector<uintptr_t> deleted;
+  std::vector<std::vector<std::string>> fileArrays;
 
   jobject keyEvent(int id, int modifiers, int keyCode, uint16_t character) override {
     EventRecord r;
@@ -37,6 +40,21 @@ class FakeEvents : public JavaEvents {
     EventRecord r;
     r.id = id;
     return add(r);
+  }
+  jobject dropTargetEvent(int id, int keyState, int x, int y, jobject files) override {
+    EventRecord r;
+    r.id = id, r.modifiers = keyState, r.x = x, r.y = y, r.files = files;
+    return add(r);
+  }
+  // File arrays are numbered apart from events, tagged in bit 41, and held as globals.
+  jobject newFileArray(const std::vector<std::string>& paths) override {
+    fileArrays.push_back(paths);
+    const uintptr_t g = fileArrays.size() | (uintptr_t(1) << 41);
+    globals.insert(g);
+    return reinterpret_cast<jobject>(g);
+  }
+  const std::vector<std::string>& filesOf(jobject array) const {
+    return fileArrays.at((reinterpret_cast<uintptr_t>(array) & 0xFFFFFFFF) - 1);
   }
   // A global reference refers to the same record, tagged in the high bits.
   jobject newGlobalRef(jobject o) override {

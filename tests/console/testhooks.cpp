@@ -134,3 +134,26 @@ BRIDGE(void, throwOutOfMemory)(JNIEnv* env, jclass) {
 BRIDGE(void, throwMissingClass)(JNIEnv* env, jclass) {
   vostan::throwNew(env, "no/such/Thing", "never seen");
 }
+
+HOOK(void, dropFiles)(JNIEnv* env, jclass, jint window, jobjectArray paths) {
+  SDL_Event e{};
+  e.type = SDL_DROPBEGIN;
+  e.drop.windowID = static_cast<Uint32>(window);
+  SDL_PushEvent(&e);
+  const jsize n = env->GetArrayLength(paths);
+  for (jsize i = 0; i < n; ++i) {
+    auto path = static_cast<jstring>(env->GetObjectArrayElement(paths, i));
+    const char* utf = env->GetStringUTFChars(path, nullptr);
+    e = SDL_Event{};
+    e.type = SDL_DROPFILE;
+    e.drop.windowID = static_cast<Uint32>(window);
+    e.drop.file = SDL_strdup(utf);  // the receiver frees it
+    SDL_PushEvent(&e);
+    env->ReleaseStringUTFChars(path, utf);
+    env->DeleteLocalRef(path);
+  }
+  e = SDL_Event{};
+  e.type = SDL_DROPCOMPLETE;
+  e.drop.windowID = static_cast<Uint32>(window);
+  SDL_PushEvent(&e);
+}

@@ -1,8 +1,12 @@
 package vostan.test;
 
+import java.io.File;
 import java.util.ArrayList;
+import java.util.Arrays;
 import java.util.List;
+import mirelo.app.DisplayMode;
 import mirelo.app.win32.WinConsole;
+import mirelo.mwt.dnd.DropTargetEvent;
 import mirelo.mwt.event.ApplicationEvent;
 import mirelo.mwt.event.KeyEvent;
 import mirelo.mwt.event.MWTEvent;
@@ -103,6 +107,32 @@ public final class ConsoleEndToEnd {
     List<MWTEvent> rest = pump();
     check(ids(rest).equals(List.of(2101)), "moves are off, close is asked: " + ids(rest));
     check(WinConsole.n_getWindowHandle() == window, "the window stays after a close request");
+
+    WinConsole.n_enableDrop(true);
+    WinConsole.n_enableDrop(true);
+    SdlInject.dropFiles(window, new String[] {"/tmp/one.swf", "/tmp/caf\u00e9.ogg"});
+    List<MWTEvent> drops = pump();
+    check(ids(drops).equals(List.of(3000, 3003)), "files dropped: enter, drop: " + ids(drops));
+    DropTargetEvent entered = find(drops, 3000, DropTargetEvent.class);
+    DropTargetEvent dropped = find(drops, 3003, DropTargetEvent.class);
+    check(entered != null && dropped != null && entered.getFiles() == dropped.getFiles(),
+        "one File[] from enter to drop");
+    File[] files = entered == null ? null : (File[]) entered.getFiles();
+    check(files != null
+            && Arrays.asList(files).equals(
+                List.of(new File("/tmp/one.swf"), new File("/tmp/caf\u00e9.ogg"))),
+        "the files, in order: " + (files == null ? null : Arrays.asList(files)));
+    WinConsole.n_enableDrop(false);
+    SdlInject.dropFiles(window, new String[] {"/tmp/ignored"});
+    check(pump().isEmpty(), "no drop events once dropping is off");
+
+    DisplayMode mode = WinConsole.n_getDisplayMode();
+    DisplayMode[] modes = WinConsole.n_getDisplayModeList();
+    System.out.println("display mode " + mode + ", list " + Arrays.toString(modes));
+    check(mode != null && mode.width > 0 && mode.height > 0, "the present display mode");
+    check(modes != null && modes.length > 0, "a list of display modes");
+    check(!WinConsole.n_isDisplayAvailable(mode.width, mode.height, mode.bits, mode.refresh),
+        "n_isDisplayAvailable is always false");
 
     int t0 = WinConsole.n_getTimeMillis();
     int t1 = WinConsole.n_getTimeMillis();

@@ -20,6 +20,8 @@ public final class SdlInject {
 
   public static native void close(int window);
 
+  public static native void dropFiles(int window, String[] paths);
+
   /** Allocations of this thread so far, with the counting malloc preloaded; else -1. */
   public static native long mallocs();
 }

@@ -239,6 +239,51 @@ int32_t FakeWindowSystem::changeDisplaySettings(const DisplayMode* mode, uint32_
   return 0;
 }
 
+bool FakeWindowSystem::enumDisplaySettings(int index, DisplayMode& out) {
+  if (index == -1) {
+    out = currentMode;
+    return true;
+  }
+  if (index < 0 || index >= static_cast<int>(modes.size())) return false;
+  out = modes[static_cast<std::size_t>(index)];
+  return true;
+}
+
+void FakeWindowSystem::enumWindows(EnumWindowsProc proc, void* context) {
+  for (const auto& [h, d] : desktop) {
+    DesktopWindowInfo info;
+    info.handle = h;
+    info.title = d.title.c_str();
+    info.className = d.className.c_str();
+    info.visible = d.visible;
+    info.owned = d.owned;
+    proc(context, info);
+  }
+}
+
+bool FakeWindowSystem::getWindowPlacement(DesktopWindow w, WindowPlacement& out) {
+  auto it = desktop.find(w);
+  if (it == desktop.end()) return false;
+  out = it->second.placement;
+  return true;
+}
+
+void FakeWindowSystem::setWindowPlacement(DesktopWindow w, const WindowPlacement& p) {
+  record("setWindowPlacement %lu", static_cast<unsigned long>(w));
+  if (auto it = desktop.find(w); it != desktop.end()) it->second.placement = p;
+}
+
+bool FakeWindowSystem::registerDragDrop(WindowHandle w, DropTarget* target) {
+  record("registerDragDrop %u", w);
+  dropTargets[w] = target;
+  return true;
+}
+
+void FakeWindowSystem::revokeDragDrop(WindowHandle w) {
+  record("revokeDragDrop %u", w);
+  dropTargets.erase(w);
+}
+
 void FakeWindowSystem::timeBeginPeriod(uint32_t ms) {
   record("timeBeginPeriod %u", ms);
 }

@@ -35,6 +35,15 @@ class FakeWindowSystem : public WindowSystem {
   WindowHandle capture = 0;
   int cursorShowCount = 0;
   std::map<WindowHandle, Window> windows;
+  std::vector<DisplayMode> modes;
+  DisplayMode currentMode{0, 1920, 1080, 32, 60};
+  struct Desktop {
+    std::string title, className;
+    bool visible = true, owned = false;
+    WindowPlacement placement;
+  };
+  std::map<DesktopWindow, Desktop> desktop;
+  std::map<WindowHandle, DropTarget*> dropTargets;
 
   void push(WindowHandle w, uint32_t msg, uintptr_t wp = 0, intptr_t lp = 0) {
     queue.push_back({w, msg, wp, lp});
@@ -87,6 +96,12 @@ class FakeWindowSystem : public WindowSystem {
   int toAscii(uint32_t vk, uint32_t scan, const uint8_t state[256], uint16_t* out) override;
   int16_t vkKeyScan(char ch) override;
   int32_t changeDisplaySettings(const DisplayMode* mode, uint32_t flags) override;
+  bool enumDisplaySettings(int index, DisplayMode& out) override;
+  void enumWindows(EnumWindowsProc proc, void* context) override;
+  bool getWindowPlacement(DesktopWindow, WindowPlacement& out) override;
+  void setWindowPlacement(DesktopWindow, const WindowPlacement&) override;
+  bool registerDragDrop(WindowHandle, DropTarget* target) override;
+  void revokeDragDrop(WindowHandle) override;
   uint32_t timeGetTime() override { return now; }
   void timeBeginPeriod(uint32_t ms) override;
 

@@ -385,6 +385,9 @@ void SdlWindowSystem::translate(const SDL_Event& e) {
       int wx = 0, wy = 0;
       SDL_GetWindowPosition(w->sdl, &wx, &wy);
       cursor_ = {wx + e.motion.x, wy + e.motion.y};
+      // The system asks the window for its cursor as the pointer moves over the client area.
+      send(e.motion.windowID, win::WM_SETCURSOR, e.motion.windowID,
+           win::makeLParam(1, static_cast<int>(win::WM_MOUSEMOVE)));
       enqueue({e.motion.windowID, win::WM_MOUSEMOVE, mouseKeys(),
                win::makeLParam(e.motion.x, e.motion.y)});
       break;
@@ -469,10 +472,94 @@ void SdlWindowSystem::translate(const SDL_Event& e) {
       }
       break;
     }
+    case SDL_DROPBEGIN:
+      dropFiles_.clear();
+      dropText_ = false;
+      break;
+    case SDL_DROPFILE:
+      if (e.drop.file) {
+        dropFiles_.emplace_back(e.drop.file);
+        SDL_free(e.drop.file);
+      }
+      break;
+    case SDL_DROPTEXT:
+      dropText_ = true;
+      SDL_free(e.drop.file);
+      break;
+    case SDL_DROPCOMPLETE:
+      deliverDrop(e.drop.windowID);
+      break;
     default:
       break;
   }
 }
+
+uint32_t SdlWindowSystem::dropKeyState() const {
+  uint32_t k = static_cast<uint32_t>(mouseKeys());
+  if (keys_[win::VK_MENU] & 0x80) k |= 0x20;  // MK_ALT
+  return k;
+}
+
+void SdlWindowSystem::deliverDrop(WindowHandle window) {
+  // SDL reports a finished drop only: the target sees it enter and drop at once,
+  // at the last known pointer position.
+  auto it = dropTargets_.find(window);
+  if (it == dropTargets_.end() || !it->second) return;
+  std::vector<const char*> names;
+  for (const std::string& f : dropFiles_) names.push_back(f.c_str());
+  const bool files = !names.empty();
+  const uint32_t effect = it->second->dragEnter(
+      files ? names.data() : nullptr, static_cast<int>(names.size()), dropKeyState(), cursor_);
+  if (effect != win::DROPEFFECT_NONE)
+    it->second->drop(dropKeyState(), cursor_);
+  else
+    it->second->dragLeave();
+  dropFiles_.clear();
+  dropText_ = false;
+}
+
+bool SdlWindowSystem::registerDragDrop(WindowHandle w, DropTarget* target) {
+  if (!ensureVideo()) return false;
+  SDL_EventState(SDL_DROPFILE, SDL_ENABLE);
+  SDL_EventState(SDL_DROPTEXT, SDL_ENABLE);
+  dropTargets_[w] = target;
+  return true;
+}
+
+void SdlWindowSystem::revokeDragDrop(WindowHandle w) {
+  dropTargets_.erase(w);
+}
+
+bool SdlWindowSystem::enumDisplaySettings(int index, DisplayMode& out) {
+  if (!ensureVideo()) return false;
+  SDL_DisplayMode m{};
+  if (index == -1) {
+    if (SDL_GetCurrentDisplayMode(0, &m) != 0) return false;
+  } else if (index < 0 || index >= SDL_GetNumDisplayModes(0) ||
+             SDL_GetDisplayMode(0, index, &m) != 0) {
+    return false;
+  }
+  out.fields =
+      win::DM_PELSWIDTH | win::DM_PELSHEIGHT | win::DM_BITSPERPEL | win::DM_DISPLAYFREQUENCY;
+  out.width = m.w;
+  out.height = m.h;
+  // A four-byte pixel counts as 32 bits, as display settings report it.
+  out.bits =
+      SDL_BYTESPERPIXEL(m.format) == 4 ? 32 : static_cast<int32_t>(SDL_BITSPERPIXEL(m.format));
+  out.refresh = m.refresh_rate;
+  return true;
+}
+
+void SdlWindowSystem::enumWindows(EnumWindowsProc, void*) {
+  // Other applications' windows are the window manager's to keep across a mode
+  // change here; none are listed, so nothing is saved or moved.
+}
+
+bool SdlWindowSystem::getWindowPlacement(DesktopWindow, WindowPlacement&) {
+  return false;
+}
+
+void SdlWindowSystem::setWindowPlacement(DesktopWindow, const WindowPlacement&) {}
 
 Point SdlWindowSystem::getCursorPos() {
   if (globalMouse_) {

@@ -7,6 +7,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "platform/window_system.h"
 
@@ -60,6 +61,12 @@ class SdlWindowSystem : public WindowSystem {
   int toAscii(uint32_t vk, uint32_t scan, const uint8_t state[256], uint16_t* out) override;
   int16_t vkKeyScan(char ch) override;
   int32_t changeDisplaySettings(const DisplayMode* mode, uint32_t flags) override;
+  bool enumDisplaySettings(int index, DisplayMode& out) override;
+  void enumWindows(EnumWindowsProc proc, void* context) override;
+  bool getWindowPlacement(DesktopWindow, WindowPlacement& out) override;
+  void setWindowPlacement(DesktopWindow, const WindowPlacement&) override;
+  bool registerDragDrop(WindowHandle, DropTarget* target) override;
+  void revokeDragDrop(WindowHandle) override;
   uint32_t timeGetTime() override;
   void timeBeginPeriod(uint32_t) override {}
 
@@ -92,6 +99,9 @@ class SdlWindowSystem : public WindowSystem {
   bool globalMouse_ = false;
   int cursorCount_ = 0;
   SDL_Cursor* arrow_ = nullptr;
+  std::map<WindowHandle, DropTarget*> dropTargets_;
+  std::vector<std::string> dropFiles_;
+  bool dropText_ = false;
   bool fullScreenMode_ = false;
   SDL_DisplayMode mode_{};
 
@@ -99,6 +109,8 @@ class SdlWindowSystem : public WindowSystem {
   void enqueue(const Message& m);
   intptr_t send(WindowHandle, uint32_t msg, uintptr_t wp, intptr_t lp);
   void translate(const SDL_Event& e);
+  void deliverDrop(WindowHandle window);
+  uint32_t dropKeyState() const;
   uintptr_t mouseKeys() const;
   Window* find(WindowHandle h);
 };

@@ -12,7 +12,9 @@ namespace vostan::platform::sound {
 
 // Negative values are failures.
 using Result = int32_t;
-inline bool failed(Result r) { return r < 0; }
+inline bool failed(Result r) {
+  return r < 0;
+}
 
 namespace err {
 constexpr Result kOk = 0;
