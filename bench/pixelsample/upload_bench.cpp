@@ -1,8 +1,8 @@
 // Throughput of a 1024x1024 texture transfer per format, driven row by row
 // through a row buffer as the texture store does. Bytes are those of the
 // larger of the two images, the least any transfer has to touch; each case
-// also copies that many bytes with memcpy in the same run and reports the time
-// ratio (conversion / memcpy) as vs_memcpy.
+// also copies that many bytes with memcpy in the same run and reports the
+// ratio of the best times (conversion / memcpy) as vs_memcpy.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -35,9 +35,13 @@ void runTransfer(benchmark::State& state, int32_t srcSize, int32_t dstSize, Make
   Image src(srcBytes), dst(dstBytes);
   std::vector<uint32_t> row(kSide);
   const int32_t pitch = dstSize * kSide;
-  Clock::duration converting{};
+  Image from(bytes);
+  std::vector<uint8_t> copy(bytes);
+  // Each iteration times one transfer and one memcpy back to back, so that
+  // load from other processes falls on both; the ratio is of the best times.
+  double bestConvert = 1e9, bestCopy = 1e9;
   for (auto _ : state) {
-    const auto t0 = Clock::now();
+    auto t0 = Clock::now();
     auto source = makeSource(src.bytes.data());
     auto target = makeTarget(dst.bytes.data());
     for (int32_t r = 0; r < kSide; ++r) {
@@ -45,21 +49,19 @@ void runTransfer(benchmark::State& state, int32_t srcSize, int32_t dstSize, Make
       target->setPixels(row.data(), dst.bytes.data() + size_t(r) * pitch, kSide);
     }
     benchmark::ClobberMemory();
-    converting += Clock::now() - t0;
-  }
-  Image from(bytes);
-  std::vector<uint8_t> copy(bytes);
-  Clock::duration copying{};
-  for (int64_t i = 0; i < state.iterations(); ++i) {
-    const auto t0 = Clock::now();
+    const double convert = std::chrono::duration<double>(Clock::now() - t0).count();
+    t0 = Clock::now();
     std::memcpy(copy.data(), from.bytes.data(), bytes);
     benchmark::ClobberMemory();
-    copying += Clock::now() - t0;
+    const double copied = std::chrono::duration<double>(Clock::now() - t0).count();
+    state.SetIterationTime(convert);
+    bestConvert = std::min(bestConvert, convert);
+    bestCopy = std::min(bestCopy, copied);
   }
   state.SetBytesProcessed(int64_t(bytes) * state.iterations());
-  state.counters["vs_memcpy"] = double(converting.count()) / double(copying.count());
-  state.counters["memcpy_GBps"] =
-      double(bytes) * state.iterations() / std::chrono::duration<double>(copying).count() / 1e9;
+  state.counters["best_GBps"] = double(bytes) / bestConvert / 1e9;
+  state.counters["memcpy_GBps"] = double(bytes) / bestCopy / 1e9;
+  state.counters["vs_memcpy"] = bestConvert / bestCopy;
 }
 
 // Caller memory in GL terms into an A8R8G8B8 texture.
@@ -83,9 +85,9 @@ void surfaceToRgba(benchmark::State& state, int32_t format, int32_t size) {
       [](void* p) { return sampleForMemory(gl::kRgba, gl::kUnsignedByte, p); });
 }
 
-#define SURFACE(name, size)                                                    \
-  BENCHMARK_CAPTURE(rgbaToSurface, name, d3dfmt::k##name, size)->MinTime(0.2); \
-  BENCHMARK_CAPTURE(surfaceToRgba, name, d3dfmt::k##name, size)->MinTime(0.2)
+#define SURFACE(name, size)                                                                     \
+  BENCHMARK_CAPTURE(rgbaToSurface, name, d3dfmt::k##name, size)->MinTime(0.2)->UseManualTime(); \
+  BENCHMARK_CAPTURE(surfaceToRgba, name, d3dfmt::k##name, size)->MinTime(0.2)->UseManualTime()
 SURFACE(A8R8G8B8, 4);
 SURFACE(X8R8G8B8, 4);
 SURFACE(R8G8B8, 3);
@@ -100,7 +102,8 @@ SURFACE(R16F, 2);
 
 #define MEMORY(format, type, size)                                                      \
   BENCHMARK_CAPTURE(memoryToTexture, format##_##type, gl::k##format, gl::k##type, size) \
-      ->MinTime(0.2)
+      ->MinTime(0.2)                                                                    \
+      ->UseManualTime()
 MEMORY(Rgba, UnsignedByte, 4);
 MEMORY(Bgra, UnsignedByte, 4);
 MEMORY(AbgrExt, UnsignedByte, 4);
