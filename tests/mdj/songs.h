@@ -1,0 +1,49 @@
+#pragma once
+// Test songs made by the build, and a straight decode of them as reference.
+#include <vorbis/vorbisfile.h>
+
+#include <string>
+#include <vector>
+
+#include "audio/mdj/mdj_song.h"
+
+namespace vostan::test {
+
+inline std::string songPath(const char* name) {
+  return std::string(MDJ_SONG_DIR) + "/" + name;
+}
+
+struct Decoded {
+  std::vector<float> left, right;
+};
+
+// The whole stream, front to back, without any seek.
+inline Decoded decodeStraight(const std::string& path) {
+  Decoded d;
+  OggVorbis_File vf;
+  if (ov_fopen(path.c_str(), &vf) != 0) return d;
+  for (;;) {
+    float** pcm;
+    int link;
+    long got = ov_read_float(&vf, &pcm, 4096, &link);
+    if (got == 0) break;
+    if (got < 0) continue;
+    d.left.insert(d.left.end(), pcm[0], pcm[0] + got);
+    d.right.insert(d.right.end(), pcm[1], pcm[1] + got);
+  }
+  ov_clear(&vf);
+  return d;
+}
+
+// Holds the creator's reference and gives it back.
+struct SongRef {
+  MDJSong* song = new MDJSong;
+  SongRef() = default;
+  explicit SongRef(const char* name) { open(name); }
+  SongRef(const SongRef&) = delete;
+  ~SongRef() { song->release(); }
+  bool open(const char* name) { return song->openFile(songPath(name).c_str()); }
+  MDJSong* operator->() const { return song; }
+};
+
+}  // namespace vostan::test
