@@ -1,7 +1,10 @@
 // The OpenAL device, heard through the loopback device.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstring>
+#include <thread>
 #include <vector>
 
 #include "platform/sound/loopback_device.h"
@@ -308,6 +311,46 @@ TEST_F(SoundDeviceTest, PrimaryFormatNeedsPriority) {
   EXPECT_EQ(primary->setFormat(format), snd::err::kOk);
   EXPECT_EQ(device->primaryFormat().bits, 16);
   EXPECT_EQ(device->window(), 7u);
+}
+
+}  // namespace
+
+namespace {
+
+// The default device runs in real time, with a sound card or without one.
+TEST(DefaultSoundDevice, PlaysAndNotifiesInRealTime) {
+  std::atomic<int> fired{0};  // outlives the device's thread
+  std::unique_ptr<snd::Device> device;
+  ASSERT_EQ(snd::openDefaultDevice(&device), snd::err::kOk);
+  snd::BufferDesc clip;
+  clip.flags = kPanned;
+  clip.bytes = 4410 * 2;  // 100 ms of silence
+  clip.format = {1, 44100, 16};
+  std::unique_ptr<snd::Buffer> b;
+  ASSERT_EQ(device->createBuffer(clip, &b), snd::err::kOk);
+
+  snd::BufferDesc ring;
+  ring.flags = snd::kCtrlPositionNotify | snd::kCtrlVolume;
+  ring.bytes = 65536;
+  std::unique_ptr<snd::Buffer> stream;
+  ASSERT_EQ(device->createBuffer(ring, &stream), snd::err::kOk);
+  const uint32_t offsets[4] = {0, 16384, 32768, 49152};
+  stream->setNotificationPositions(offsets, 4, [&](int) { ++fired; });
+
+  const uint32_t t0 = device->timeMillis();
+  ASSERT_EQ(b->play(false), snd::err::kOk);
+  ASSERT_EQ(stream->play(true), snd::err::kOk);
+  uint32_t status = 0;
+  b->getStatus(&status);
+  EXPECT_EQ(status, snd::kStatusPlaying);
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  b->getStatus(&status);
+  EXPECT_EQ(status, 0u);
+  EXPECT_GE(device->timeMillis() - t0, 500u);
+  // A quarter is 93 ms: about five in half a second.
+  EXPECT_GE(fired.load(), 3);
+  EXPECT_LE(fired.load(), 7);
+  stream->stop();
 }
 
 }  // namespace
