@@ -107,6 +107,7 @@ MDJSong::~MDJSong() {
 }
 
 bool MDJSong::openFile(const char* path) {
+  if (vorbisOpen || songFile) return false;  // one file per song object
   songFile = fopen(path, "rb");
   if (!songFile) {
     failed = Failure::cannotOpen;
