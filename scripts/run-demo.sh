@@ -5,7 +5,7 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/env.sh"
 LIB="$BUILD/main"
 CP="$LIB/java/vostan.jar"
-run() { "$JAVA_HOME/bin/java" -Djava.library.path="$LIB" -cp "$CP" vostan.demo.Demo "$@"; }
+run() { "$JAVA_HOME/bin/java" -Djava.library.path="$LIB" -Dvostan.song="$LIB/songs/demo.ogg" -cp "$CP" vostan.demo.Demo "$@"; }
 
 if [ -n "${DISPLAY:-}" ]; then
   run "$@"

@@ -1,10 +1,13 @@
 package vostan.demo;
 
+import mirelo.app.win32.AudioManagerWin32;
 import mirelo.app.win32.WinConsole;
+import mirelo.mwt.event.MouseEvent;
 
 /**
  * The engine's first light: opens the game window, pumps its events and prints them, the way a
- * game's main loop does once a frame.
+ * game's main loop does once a frame. A mouse press plays a click panned to where it happened,
+ * over the song the build synthesised (path in the system property vostan.song).
  */
 public final class Demo {
   private Demo() {}
@@ -20,6 +23,11 @@ public final class Demo {
     int size = WinConsole.n_getScreenSize();
     System.out.println("window " + WinConsole.n_getWindowHandle() + ", client area "
         + (size >>> 16) + "x" + (size & 0xFFFF) + "; printing events for " + seconds + " s");
+    AudioManagerWin32 audio = new AudioManagerWin32();
+    if (!audio.init()) audio = null;
+    System.out.println(audio == null ? "no sound device" : "sound device open");
+    if (audio != null) ClickSound.init(audio);
+    BackgroundSong song = null;
     final int start = WinConsole.n_getTimeMillis();
     int frames = 0;
     int events = 0;
@@ -31,6 +39,17 @@ public final class Demo {
         int t = WinConsole.n_getTimeMillis() - start;
         System.out.printf("%6d ms  %s%n", t, e);
         events++;
+        // Sounds play only while the window is in front, so the song waits for activation.
+        if (song == null && e.toString().contains("id=2102")) {
+          song = BackgroundSong.start(System.getProperty("vostan.song"), audio);
+          System.out.println("         " + song.description + (song.playing() ? ", playing" : ""));
+        }
+        if (e instanceof MouseEvent && ((MouseEvent) e).getID() == MouseEvent.MOUSE_PRESSED
+            && audio != null) {
+          float x = ((MouseEvent) e).getX() / 640f;
+          System.out.printf("         click sound at pan %.2f: %s%n", x,
+              ClickSound.play(x) ? "playing" : "not played");
+        }
         if (e.toString().contains("id=2101")) {
           System.out.println("close requested: leaving");
           closed = true;
@@ -40,6 +59,7 @@ public final class Demo {
       Thread.sleep(16);
     }
     System.out.println(frames + " frames, " + events + " events");
+    if (song != null) song.stop();
     WinConsole.n_disposeDisplay();
   }
 }
