@@ -5,6 +5,7 @@
 
 #include "console/keyboard.h"
 #include "console/win_console.h"
+#include "console_fixture.h"
 #include "fake_events.h"
 #include "platform/fake/fake_window_system.h"
 #include "platform/win32_defs.h"
@@ -18,19 +19,8 @@ using test::EventRecord;
 using test::FakeEvents;
 namespace w = win;
 
-class ConsoleTest : public ::testing::Test {
+class ConsoleTest : public test::ConsoleFixture {
  protected:
-  FakeWindowSystem ws;
-  FakeEvents events;
-  WinConsole* console = nullptr;
-
-  void SetUp() override {
-    platform::setWindowSystem(&ws);
-    resetPumpStatics();
-    console = initConsole();
-  }
-  void TearDown() override { platform::setWindowSystem(nullptr); }
-
   // A caption-only window whose client area starts at (101, 121) on the screen.
   void openWindow(int frame = 0) {
     ASSERT_TRUE(console->createWindow("Test", 640, 480, frame));

@@ -3,6 +3,7 @@
 
 #include "console/drop_target.h"
 #include "console/win_console.h"
+#include "console_fixture.h"
 #include "fake_events.h"
 #include "platform/fake/fake_window_system.h"
 #include "platform/win32_defs.h"
@@ -14,18 +15,8 @@ using platform::FakeWindowSystem;
 using test::FakeEvents;
 namespace w = win;
 
-class DesktopTest : public ::testing::Test {
+class DesktopTest : public test::ConsoleFixture {
  protected:
-  FakeWindowSystem ws;
-  FakeEvents events;
-  WinConsole* console = nullptr;
-
-  void SetUp() override {
-    platform::setWindowSystem(&ws);
-    resetPumpStatics();
-    console = initConsole();
-  }
-  void TearDown() override { platform::setWindowSystem(nullptr); }
   void drain() {
     while (console->peekEvent(events)) {
     }
