@@ -222,6 +222,7 @@ void bitmapMatrix(ddMatrix* m) {
 
 ddFill solid(ddColor c) {
   ddFill f;
+  std::memset(&f, 0, sizeof f);
   f.kind = ddFillSolid;
   f.data.color = c;
   f.matrix = ddMatrixIdentity;
@@ -236,6 +237,7 @@ void ddStream_readFillArray(ddStream* s, ddTimeline* timeline, int blockType, dd
   int32_t count = readCount(s);
   for (int32_t i = 0; i < count; i++) {
     int type = ddStream_readU8(s);
+    // `second` holds the end values of a morph style and is unused otherwise.
     ddFill fill = solid(0), second = solid(0);
     switch (type) {
       case 0x00:
@@ -244,11 +246,14 @@ void ddStream_readFillArray(ddStream* s, ddTimeline* timeline, int blockType, dd
         break;
       case 0x10:
       case 0x12: {
-        fill.kind = second.kind = type == 0x10 ? ddFillLinear : ddFillRadial;
+        fill.kind = type == 0x10 ? ddFillLinear : ddFillRadial;
         fill.matrix = gradientMatrix(s);
-        if (morph) second.matrix = gradientMatrix(s);
         fill.data.gradient = ddGradient_create();
-        if (morph) second.data.gradient = ddGradient_create();
+        if (morph) {
+          second.kind = fill.kind;
+          second.matrix = gradientMatrix(s);
+          second.data.gradient = ddGradient_create();
+        }
         int stops = ddStream_readU8(s);
         for (int k = 0; k < stops; k++) {
           int ratio = ddStream_readU8(s);
@@ -266,16 +271,19 @@ void ddStream_readFillArray(ddStream* s, ddTimeline* timeline, int blockType, dd
       case 0x43: {
         int32_t id = ddStream_readS16(s);
         ddMatrix m = ddStream_readMatrix(s);
+        ddMatrix endMatrix = morph ? ddStream_readMatrix(s) : m;
         ddCharacter* c = id >= 0 ? ddDictionary_get(timeline, id) : nullptr;
         if (c && c->type == ddCharacterBitmap) {
           ddSurface* bitmap = reinterpret_cast<ddBitmapCharacter*>(c)->surface;
-          fill.kind = second.kind = type == 0x40 ? ddFillTiledBitmap : ddFillClippedBitmap;
-          fill.data.bitmap = second.data.bitmap = bitmap;
+          fill.kind = type == 0x40 ? ddFillTiledBitmap : ddFillClippedBitmap;
+          fill.data.bitmap = bitmap;
           bitmapMatrix(&m);
           fill.matrix = m;
           if (morph) {
-            second.matrix = ddStream_readMatrix(s);
-            bitmapMatrix(&second.matrix);
+            second.kind = fill.kind;
+            second.data.bitmap = bitmap;
+            bitmapMatrix(&endMatrix);
+            second.matrix = endMatrix;
           }
         } else if (c) {
           ddWarn("Requested character id is not a bitmap");
@@ -286,7 +294,8 @@ void ddStream_readFillArray(ddStream* s, ddTimeline* timeline, int blockType, dd
         ddFatal("Unknown fill type: %i", type);
     }
     ddShape_addFill(shape, fill);
-    if (morph && secondShape)
+    if (!morph) continue;
+    if (secondShape)
       ddShape_addFill(secondShape, second);
     else if (second.kind == ddFillRadial || second.kind == ddFillLinear)
       ddGradient_destroy(second.data.gradient);

@@ -1,0 +1,137 @@
+// Every movie of the shared corpus, made by tools outside this project: it
+// must open and show all frames of all clips without touching memory it does
+// not own, and its frame count and size must be those its header states.
+#include <zlib.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <sstream>
+
+#include "movie_test_support.h"
+#include "movie_walk.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Header {
+  bool ok = false;
+  double widthPx = 0, heightPx = 0;
+  int frames = 0;
+};
+
+// Reads the header without the library: inflates a compressed body with zlib
+// and takes the rectangle's fields bit by bit.
+Header readHeader(const swf::Bytes& file) {
+  Header h;
+  if (file.size() < 8) return h;
+  swf::Bytes body;
+  if (file[0] == 'C') {
+    uLongf length = file[4] | file[5] << 8 | file[6] << 16 | uLongf(file[7]) << 24;
+    body.resize(length);
+    if (uncompress(body.data(), &length, file.data() + 8, uLong(file.size() - 8)) != Z_OK) return h;
+    body.resize(length);
+  } else {
+    body.assign(file.begin() + 8, file.end());
+  }
+  size_t bit = 0;
+  auto take = [&](int n) {
+    int64_t v = 0;
+    for (int i = 0; i < n; i++, bit++) v = v << 1 | ((body[bit / 8] >> (7 - bit % 8)) & 1);
+    return v;
+  };
+  int w = int(take(5));
+  auto signedField = [&]() {
+    int64_t v = take(w);
+    return w && (v >> (w - 1)) ? v - (int64_t(1) << w) : v;
+  };
+  int64_t xMin = signedField(), xMax = signedField(), yMin = signedField(), yMax = signedField();
+  size_t at = (bit + 7) / 8 + 2;
+  if (at + 2 > body.size()) return h;
+  h.widthPx = (xMax - xMin) / 20.0;
+  h.heightPx = (yMax - yMin) / 20.0;
+  h.frames = body[at] | body[at + 1] << 8;
+  h.ok = true;
+  return h;
+}
+
+struct BlockLog {
+  std::map<int, int> skipped, unknown;
+};
+
+class CorpusTest : public MovieTest {};
+
+TEST_F(CorpusTest, EveryMovieOpensAndShowsAllItsFrames) {
+  fs::path root = VOSTAN_SWF_CORPUS;
+  if (!fs::is_directory(root)) GTEST_SKIP() << "no corpus at " << root;
+  std::vector<fs::path> movies;
+  for (const auto& entry : fs::directory_iterator(root))
+    if (fs::exists(entry.path() / "test.swf")) movies.push_back(entry.path());
+  std::sort(movies.begin(), movies.end());
+  ASSERT_FALSE(movies.empty());
+
+  std::ostringstream report;
+  for (const fs::path& dir : movies) {
+    std::string name = dir.filename().string();
+    SCOPED_TRACE(name);
+    std::ifstream in(dir / "test.swf", std::ios::binary);
+    swf::Bytes file((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    Header header = readHeader(file);
+    ASSERT_TRUE(header.ok);
+
+    warnings().clear();
+    BlockLog log;
+    ddMovie* movie = nullptr;
+    std::string fatal;
+    MovieWalkResult walk;
+    // The parse is repeated inside the walk; this first stream only listens.
+    ddStream* s = ddStream_create(file.data(), int32_t(file.size()));
+    s->listenerContext = &log;
+    s->listener = [](void* context, const ddTimeline*, int type, int32_t, ddBlockAction action) {
+      BlockLog* l = static_cast<BlockLog*>(context);
+      // Type 0 here is only the end block of a sprite.
+      if (action == ddBlockSkipped && type != 0) l->skipped[type]++;
+      if (action == ddBlockUnknown) l->unknown[type]++;
+    };
+    try {
+      EXPECT_EQ(ddMovie_parse(s), 0);
+      ddTimeline_destroy(s->root);
+      ddStream_destroy(s);
+      walk = walkMovie(file.data(), int32_t(file.size()), 320, 240, {}, &movie);
+    } catch (const FatalError& e) {
+      fatal = e.what();
+      ddMemory_releaseTracked();
+      movie = nullptr;
+    }
+    report << name << ": ";
+    if (!fatal.empty()) {
+      report << "FATAL \"" << fatal << "\"";
+    } else {
+      ASSERT_EQ(walk.parse, 0);
+      ddTimeline* t = movie->rootTimeline;
+      EXPECT_EQ(t->nFrames, header.frames);
+      // Frames past the stated count are closed but not stored.
+      EXPECT_LE(t->frames->count, std::max(header.frames, 1));
+      EXPECT_NEAR(t->frameWidth / 1024.0, header.widthPx, 1.0 / 1024);
+      EXPECT_NEAR(t->frameHeight / 1024.0, header.heightPx, 1.0 / 1024);
+      report << t->nFrames << " frames (" << t->framesRead << " read), " << header.widthPx << "x"
+             << header.heightPx << ", " << walk.clipsVisited << " clips, " << walk.moves
+             << " moves";
+      ddMovie_dispose(movie);
+    }
+    auto list = [&](const char* what, const std::map<int, int>& blocks) {
+      if (blocks.empty()) return;
+      report << "; " << what << ":";
+      for (auto [type, count] : blocks) report << " " << type << "x" << count;
+    };
+    list("skipped", log.skipped);
+    list("unknown", log.unknown);
+    report << "\n";
+  }
+  std::cout << report.str();
+}
+
+}  // namespace
