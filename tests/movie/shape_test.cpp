@@ -1,0 +1,285 @@
+// Shape blocks: style arrays, records, groups, fill bases, gradients and the
+// dictionary they land in.
+#include "movie_test_support.h"
+
+using swf::Bytes;
+
+namespace {
+
+class ShapeTest : public MovieTest {
+ protected:
+  // Parses a movie holding the one shape block and returns its shape.
+  ddShape* shapeOf(const Bytes& block, int id = 1) {
+    ddStream* s = parse(swf::movie(swf::concat({block, swf::showFrame(), swf::end()})));
+    ddCharacter* c = ddDictionary_get(s->root, id);
+    EXPECT_NE(c, nullptr);
+    if (!c) return nullptr;
+    EXPECT_EQ(c->type, ddCharacterShape);
+    return reinterpret_cast<ddShapeCharacter*>(c)->shape;
+  }
+  static std::vector<int> types(const ddShape* shape) {
+    std::vector<int> out;
+    for (int i = 0; i < shape->recordCount; i++) out.push_back(shape->records[i].type);
+    return out;
+  }
+  // A style change record that brings new style arrays.
+  static void newStyles(swf::Writer& w, const Bytes& styles, int fillBits, int lineBits) {
+    w.bits(0, 1);
+    w.bits(16, 5);
+    w.raw(styles);
+    w.bits(uint32_t(fillBits), 4);
+    w.bits(uint32_t(lineBits), 4);
+  }
+};
+
+TEST_F(ShapeTest, StyleChangesBecomeOneRecordEachAndAGroupOpensAtTheOrigin) {
+  swf::Writer w;
+  w.rect(-20, 200, 0, 400);
+  w.raw(swf::shapeStyles(2, {{255, 0, 0}, {0, 255, 0}}, {{40, {1, 2, 3}}}));
+  w.bits(2, 4);
+  w.bits(1, 4);
+  w.styleChange(2, 1, std::make_pair(20, 40), 2u, 1u, std::nullopt);
+  w.lineEdge(100, 0);
+  w.lineEdge(0, -60);
+  w.lineEdge(20, 20);
+  w.curveEdge(20, 0, 0, 20);
+  // The origin with both fills and the line: a new group, not a move.
+  w.styleChange(2, 1, std::make_pair(0, 0), 0u, 2u, 1u);
+  w.lineEdge(10, 0);
+  w.endShape();
+  ddShape* shape = shapeOf(swf::defineShape(2, 1, w));
+  ASSERT_NE(shape, nullptr);
+  std::vector<int> expected = {ddRecordMove,   ddRecordFill0,  ddRecordFill1,   ddRecordLineTo,
+                               ddRecordLineTo, ddRecordLineTo, ddRecordCurveTo, ddRecordGroup,
+                               ddRecordFill0,  ddRecordFill1,  ddRecordLine,    ddRecordLineTo,
+                               ddRecordEnd};
+  ASSERT_EQ(types(shape), expected);
+  const ddShapeRecord* r = shape->records;
+  EXPECT_EQ(r[0].data[0], 1024);  // 20 twips
+  EXPECT_EQ(r[0].data[1], 2048);
+  EXPECT_EQ(r[1].data[0], 1);
+  EXPECT_EQ(r[2].data[0], 0);
+  EXPECT_EQ(r[3].data[0], 120 * 1024 / 20);
+  EXPECT_EQ(r[4].data[1], -20 * 1024 / 20);  // a vertical edge moves y only
+  EXPECT_EQ(r[4].data[0], 120 * 1024 / 20);
+  EXPECT_EQ(r[5].data[0], 140 * 1024 / 20);
+  // The curve's points are absolute: control from the pen, anchor from the control.
+  EXPECT_EQ(r[6].data[0], 160 * 1024 / 20);
+  EXPECT_EQ(r[6].data[1], 0);
+  EXPECT_EQ(r[6].data[2], 160 * 1024 / 20);
+  EXPECT_EQ(r[6].data[3], 20 * 1024 / 20);
+  // Fill 0 is "none" whatever the base.
+  EXPECT_EQ(r[8].data[0], -1);
+  EXPECT_EQ(r[9].data[0], 1);
+  EXPECT_EQ(r[10].data[0], 40);
+  EXPECT_EQ(ddColor(r[10].data[1]), 0xFF030201u);
+  EXPECT_EQ(r[11].data[0], 10 * 1024 / 20);
+  EXPECT_EQ(shape->lineWidth, 40);
+  EXPECT_TRUE(shape->hasCurves);
+  // The declared bounds replace what the records reached.
+  EXPECT_EQ(shape->bounds.xMin, -1024);
+  EXPECT_EQ(shape->bounds.xMax, 200 * 1024 / 20);
+  EXPECT_EQ(shape->bounds.yMax, 400 * 1024 / 20);
+  ASSERT_EQ(shape->fillCount, 2);
+  EXPECT_EQ(shape->fills[1].data.color, 0xFF00FF00u);
+}
+
+TEST_F(ShapeTest, NewStylesAppendToOneFillTableAndRebaseIndices) {
+  swf::Writer w;
+  w.rect(0, 100, 0, 100);
+  w.raw(swf::shapeStyles(32, {{1, 1, 1, 10}, {2, 2, 2, 20}}, {{20, {9, 9, 9, 99}}}));
+  w.bits(2, 4);
+  w.bits(1, 4);
+  w.styleChange(2, 1, std::nullopt, std::nullopt, 2u, 1u);
+  w.lineEdge(10, 10);
+  newStyles(w, swf::shapeStyles(32, {{3, 3, 3, 30}}, {{60, {7, 7, 7, 77}}}), 1, 1);
+  w.styleChange(1, 1, std::nullopt, 0u, 1u, 1u);
+  w.lineEdge(10, 10);
+  w.endShape();
+  ddShape* shape = shapeOf(swf::defineShape(32, 1, w));
+  ASSERT_NE(shape, nullptr);
+  ASSERT_EQ(shape->fillCount, 3);
+  EXPECT_EQ(shape->fills[0].data.color, 0x0A010101u);
+  EXPECT_EQ(shape->fills[2].data.color, 0x1E030303u);
+  std::vector<int> expected = {ddRecordFill1, ddRecordLine, ddRecordLineTo, ddRecordFill0,
+                               ddRecordFill1, ddRecordLine, ddRecordLineTo, ddRecordEnd};
+  ASSERT_EQ(types(shape), expected);
+  EXPECT_EQ(shape->records[0].data[0], 1);
+  EXPECT_EQ(shape->records[1].data[0], 20);
+  EXPECT_EQ(shape->records[3].data[0], -1);
+  EXPECT_EQ(shape->records[4].data[0], 2);  // base 2 plus entry 1 minus 1
+  // The line array is replaced, not appended to.
+  EXPECT_EQ(shape->records[5].data[0], 60);
+  EXPECT_EQ(ddColor(shape->records[5].data[1]), 0x4D070707u);
+  EXPECT_EQ(shape->lineWidth, 60);
+}
+
+TEST_F(ShapeTest, CountEscapeHoldsInEveryShapeBlock) {
+  swf::Writer w;
+  w.rect(0, 10, 0, 10);
+  w.u8(255);
+  w.u16(2);
+  w.u8(0);
+  w.rgb(1, 2, 3);
+  w.u8(0);
+  w.rgb(4, 5, 6);
+  w.u8(0);  // no lines
+  w.bits(0, 8);
+  w.endShape();
+  ddShape* shape = shapeOf(swf::defineShape(2, 1, w));
+  ASSERT_NE(shape, nullptr);
+  ASSERT_EQ(shape->fillCount, 2);
+  EXPECT_EQ(shape->fills[1].data.color, 0xFF060504u);
+  // No edges: only the end record.
+  EXPECT_EQ(types(shape), std::vector<int>{ddRecordEnd});
+}
+
+TEST_F(ShapeTest, GradientFillsScaleTheirMatrixAndReadStops) {
+  swf::Writer w;
+  w.rect(0, 10, 0, 10);
+  w.u8(2);
+  w.u8(0x10);
+  swf::Matrix m;
+  m.scale = std::make_pair(0x10000, 0x8000);
+  m.tx = 20;
+  w.matrix(m);
+  w.u8(2);
+  w.u8(0);
+  w.rgba(255, 0, 0, 255);
+  w.u8(255);
+  w.rgba(0, 0, 255, 128);
+  w.u8(0x12);
+  w.matrix({});
+  w.u8(1);
+  w.u8(128);
+  w.rgba(0, 255, 0, 255);
+  w.u8(0);
+  w.bits(0, 8);
+  w.endShape();
+  ddShape* shape = shapeOf(swf::defineShape(32, 1, w));
+  ASSERT_NE(shape, nullptr);
+  ASSERT_EQ(shape->fillCount, 2);
+  const ddFill& linear = shape->fills[0];
+  EXPECT_EQ(linear.kind, ddFillLinear);
+  EXPECT_EQ(linear.matrix.a, 13159);
+  EXPECT_EQ(linear.matrix.d, (512 * 13159) >> 10);
+  EXPECT_EQ(linear.matrix.tx, 1024);  // translation is not scaled
+  ASSERT_EQ(linear.data.gradient->count, 2);
+  EXPECT_EQ(linear.data.gradient->stops[1].pos, 255 * 256);
+  EXPECT_EQ(linear.data.gradient->stops[1].alpha, 128);
+  EXPECT_EQ(shape->fills[1].kind, ddFillRadial);
+  EXPECT_EQ(shape->fills[1].data.gradient->count, 1);
+}
+
+TEST_F(ShapeTest, BitmapFillsWithoutABitmapBecomeTransparent) {
+  auto bitmapFill = [](int id) {
+    swf::Writer w;
+    w.rect(0, 10, 0, 10);
+    w.u8(1);
+    w.u8(0x41);
+    w.u16(uint32_t(id));
+    w.matrix({});
+    w.u8(0);
+    w.bits(0, 8);
+    w.endShape();
+    return swf::defineShape(2, 2, w);
+  };
+  // 0xFFFF: the usual "no bitmap", silently.
+  ddShape* none = shapeOf(bitmapFill(0xFFFF), 2);
+  ASSERT_NE(none, nullptr);
+  EXPECT_EQ(none->fills[0].kind, ddFillSolid);
+  EXPECT_EQ(none->fills[0].data.color, 0u);
+  EXPECT_TRUE(warnings().empty());
+
+  // A shape is no bitmap: said once, then the same transparent fill.
+  ddStream* s =
+      parse(swf::movie(swf::concat({squareShape(1), bitmapFill(1), swf::showFrame(), swf::end()})));
+  auto* c = reinterpret_cast<ddShapeCharacter*>(ddDictionary_get(s->root, 2));
+  ASSERT_NE(c, nullptr);
+  EXPECT_EQ(c->shape->fills[0].kind, ddFillSolid);
+  EXPECT_EQ(c->shape->fills[0].data.color, 0u);
+  ASSERT_EQ(warnings().size(), 1u);
+  EXPECT_EQ(warnings()[0], "Requested character id is not a bitmap");
+}
+
+TEST_F(ShapeTest, AnUnknownFillTypeIsFatal) {
+  swf::Writer w;
+  w.rect(0, 10, 0, 10);
+  w.u8(1);
+  w.u8(0x13);
+  w.matrix({});
+  Bytes file = swf::movie(swf::concat({swf::defineShape(2, 1, w), swf::end()}));
+  try {
+    parse(file);
+    FAIL() << "no fatal report";
+  } catch (const FatalError& e) {
+    EXPECT_STREQ(e.what(), "Unknown fill type: 19");
+  }
+}
+
+TEST_F(ShapeTest, AShapeThatEndsEarlyLeavesTheRestToBeReadAsBlocks) {
+  Bytes shape = squareShape(1);
+  // Two bytes after the end record, inside the block: a ShowFrame header.
+  shape.insert(shape.end(), {0x40, 0x00});
+  uint32_t length = uint32_t(shape[2] | shape[3] << 8 | shape[4] << 16) + 2;
+  shape[2] = uint8_t(length);
+  shape[3] = uint8_t(length >> 8);
+  swf::MovieOptions o;
+  o.frames = 3;
+  ddStream* s = parse(swf::movie(swf::concat({shape, swf::showFrame(), swf::end()}), o));
+  EXPECT_EQ(s->root->framesRead, 2);
+}
+
+TEST_F(ShapeTest, GradientStopsInterpolateWithoutClampingAndTheCursorIsOnlyACache) {
+  ddGradient* g = ddGradient_create();
+  ddGradient_addStop(g, 0, 0xFF0000FFu);
+  ddGradient_addStop(g, 128, 0xFFFF0000u);
+  ddGradient_addStop(g, 255, 0x00FF0000u);
+  ASSERT_EQ(g->count, 3);
+  EXPECT_EQ(g->stops[0].dRed, -255 * 65536 / (128 * 256));
+  EXPECT_EQ(g->stops[2].dAlpha, 0);
+  EXPECT_EQ(ddGradient_colorAt(g, 0), 0xFF0000FFu);
+  EXPECT_EQ(ddGradient_colorAt(g, 128 * 256), 0xFFFF0000u);
+  EXPECT_EQ(ddGradient_colorAt(g, 64 * 256), 0xFF7F007Fu);
+  EXPECT_EQ(ddGradient_colorAt(g, 70000), 0x00FF0000u);
+  EXPECT_EQ(ddGradient_colorAt(g, -5), 0xFF0000FFu);
+  // The same answers in any order of lookups.
+  std::vector<ddColor> forward, backward;
+  for (int p = 0; p <= 65535; p += 4099) forward.push_back(ddGradient_colorAt(g, p));
+  for (int p = 65535 - 65535 % 4099; p >= 0; p -= 4099)
+    backward.insert(backward.begin(), ddGradient_colorAt(g, p));
+  EXPECT_EQ(forward, backward);
+  ddGradient_destroy(g);
+
+  // Equal positions: the later stop is appended and the earlier delta stays 0.
+  ddGradient* same = ddGradient_create();
+  ddGradient_addStop(same, 10, 0xFF000000u);
+  ddGradient_addStop(same, 10, 0xFFFFFFFFu);
+  ASSERT_EQ(same->count, 2);
+  EXPECT_EQ(same->stops[0].dRed, 0);
+  ddGradient_destroy(same);
+  // Ratio 0 twice: the stored form of the test overwrites the stop.
+  ddGradient* zero = ddGradient_create();
+  ddGradient_addStop(zero, 0, 0xFF000000u);
+  ddGradient_addStop(zero, 0, 0xFF0000FFu);
+  ASSERT_EQ(zero->count, 1);
+  EXPECT_EQ(ddGradient_colorAt(zero, 30000), 0xFF0000FFu);
+  ddGradient_destroy(zero);
+}
+
+TEST_F(ShapeTest, TheDictionaryGrowsToAnIdAndKeepsReplacedCharacters) {
+  ddStream* s = parse(
+      swf::movie(swf::concat({squareShape(300), squareShape(7), squareShape(7, 22), swf::end()})));
+  ddDictionary* d = s->root->dictionary;
+  EXPECT_EQ(d->count, 301);
+  EXPECT_EQ(ddDictionary_get(s->root, 5), nullptr);
+  EXPECT_EQ(ddDictionary_get(s->root, 301), nullptr);
+  EXPECT_EQ(ddDictionary_get(s->root, 70000), nullptr);
+  EXPECT_NE(ddDictionary_get(s->root, 300), nullptr);
+  // The second shape under id 7 wins; the first stays owned (freed at the end,
+  // which the fixture's leak count checks).
+  EXPECT_EQ(d->retiredCount, 1);
+  EXPECT_NE(ddDictionary_get(s->root, 7), d->retired[0]);
+}
+
+}  // namespace

@@ -1,0 +1,337 @@
+// Timelines as per-frame snapshots, and display lists reconciled with them.
+#include "movie_test_support.h"
+
+using swf::Bytes;
+
+namespace {
+
+class TimelineTest : public MovieTest {
+ protected:
+  static swf::Place moveTo(int depth, int tx) {
+    swf::Place p;
+    p.depth = depth;
+    p.move = true;
+    p.matrix = swf::Matrix{};
+    p.matrix->tx = tx;
+    return p;
+  }
+  static swf::MovieOptions frames(int n) {
+    swf::MovieOptions o;
+    o.frames = uint16_t(n);
+    return o;
+  }
+  static ddClip* clipAt(ddClip* parent, int depth) {
+    ddInstance* i = instanceAt(parent, depth);
+    return i && i->type == ddCharacterTimeline ? reinterpret_cast<ddClip*>(i) : nullptr;
+  }
+};
+
+TEST_F(TimelineTest, FramesAreCompleteSnapshotsOfPlacements) {
+  swf::Place named;
+  named.depth = 2;
+  named.id = 1;
+  named.name = "two";
+  Bytes body =
+      swf::concat({squareShape(1), swf::placeNew(5, 1), swf::placeObject2(named), swf::showFrame(),
+                   swf::placeObject2(moveTo(5, 200)), swf::frameLabel("second"), swf::showFrame(),
+                   swf::removeObject2(2), swf::removeObject2(9), swf::showFrame(), swf::end()});
+  ddStream* s = parse(swf::movie(body, frames(3)));
+  ddTimeline* t = s->root;
+  ASSERT_EQ(t->frames->count, 3);
+  auto f0 = placements(t, 0), f1 = placements(t, 1), f2 = placements(t, 2);
+  ASSERT_EQ(f0.size(), 2u);
+  // Sorted by depth whatever the order of the blocks.
+  EXPECT_EQ(f0[0]->depth, 2);
+  EXPECT_EQ(f0[1]->depth, 5);
+  ASSERT_EQ(f1.size(), 2u);
+  // A move keeps the character and changes only what it carries.
+  EXPECT_EQ(f1[1]->character, ddDictionary_get(t, 1));
+  EXPECT_EQ(f1[1]->matrix.tx, 200 * 1024 / 20);
+  EXPECT_EQ(f0[1]->matrix.tx, 0);
+  // Copies are deep: own names, own serial numbers.
+  EXPECT_STREQ(f1[0]->name, "two");
+  EXPECT_NE(f1[0]->name, f0[0]->name);
+  EXPECT_NE(f1[0]->uid, f0[0]->uid);
+  ASSERT_EQ(f2.size(), 1u);
+  EXPECT_EQ(f2[0]->depth, 5);
+  ASSERT_EQ(t->labelCount, 1);
+  EXPECT_EQ(t->labels[0].frame, 1);
+  EXPECT_STREQ(t->labels[0].label, "second");
+}
+
+TEST_F(TimelineTest, PlaceAndRemoveRecordsOfTheFirstKind) {
+  swf::Cxform half;
+  half.mul = std::vector<int32_t>{128, 128, 128};
+  swf::Matrix at;
+  at.tx = 40;
+  Bytes body =
+      swf::concat({squareShape(1), squareShape(2), swf::placeObject(1, 3, at),
+                   swf::placeObject(2, 4, at, half), swf::placeObject(7, 6, at), swf::showFrame(),
+                   // Wrong id: stays. Unknown id: matches the placement without one.
+                   swf::removeObject(2, 3), swf::removeObject(9, 6), swf::showFrame(),
+                   swf::removeObject(1, 3), swf::showFrame(), swf::end()});
+  ddStream* s = parse(swf::movie(body, frames(3)));
+  auto f0 = placements(s->root, 0);
+  ASSERT_EQ(f0.size(), 3u);
+  EXPECT_EQ(f0[0]->ratio, 0);
+  EXPECT_EQ(f0[0]->matrix.tx, 2048);
+  EXPECT_TRUE(ddCxform_isIdentity(f0[0]->cxform));
+  EXPECT_EQ(f0[1]->cxform.rMul, 128);
+  EXPECT_EQ(f0[1]->cxform.aMul, 256);
+  EXPECT_EQ(f0[2]->character, nullptr);
+  auto f1 = placements(s->root, 1);
+  ASSERT_EQ(f1.size(), 2u);
+  EXPECT_EQ(f1[0]->depth, 3);
+  EXPECT_EQ(f1[1]->depth, 4);
+  EXPECT_EQ(placements(s->root, 2).size(), 1u);
+}
+
+TEST_F(TimelineTest, ClipActionsAreReadPastWithTheVersionsFlagWidth) {
+  for (int version : {5, 6}) {
+    SCOPED_TRACE(version);
+    int width = version >= 6 ? 4 : 2;
+    swf::Writer w;
+    w.u8(2 | 128);
+    w.u16(1);
+    w.u16(1);
+    w.u16(0);                                    // reserved
+    for (int i = 0; i < width; i++) w.u8(0xFF);  // all events
+    for (int i = 0; i < width; i++) w.u8(i == 0 ? 1 : 0);
+    w.u32(3);
+    w.raw({0x40, 0x00, 0x40});  // would read as ShowFrames if not skipped
+    for (int i = 0; i < width; i++) w.u8(0);
+    swf::MovieOptions o = frames(4);
+    o.version = version;
+    ddStream* s = parse(swf::movie(
+        swf::concat({squareShape(1), swf::block(26, w.bytes), swf::showFrame(), swf::end()}), o));
+    EXPECT_EQ(s->root->framesRead, 1);
+    ASSERT_EQ(placements(s->root, 0).size(), 1u);
+    EXPECT_NE(placements(s->root, 0)[0]->character, nullptr);
+  }
+}
+
+TEST_F(TimelineTest, SpritesReadTheirOwnBlocksAndShareTheDictionary) {
+  Bytes inner =
+      swf::concat({swf::placeNew(1, 1), swf::frameLabel("in"), swf::showFrame(),
+                   swf::block(9, {1, 2, 3}), swf::removeObject2(1), swf::showFrame(), swf::end()});
+  Bytes body = swf::concat({squareShape(1), swf::defineSprite(10, 2, inner),
+                            swf::defineSprite(11, 0, swf::end()), swf::showFrame(), swf::end()});
+  ddStream* s = parse(swf::movie(body));
+  auto* sprite = reinterpret_cast<ddTimeline*>(ddDictionary_get(s->root, 10));
+  ASSERT_NE(sprite, nullptr);
+  EXPECT_EQ(sprite->head.type, ddCharacterTimeline);
+  EXPECT_EQ(sprite->dictionary, s->root->dictionary);
+  EXPECT_EQ(sprite->framesRead, 2);
+  ASSERT_EQ(sprite->frames->count, 2);
+  EXPECT_EQ(placements(sprite, 0).size(), 1u);
+  EXPECT_TRUE(placements(sprite, 1).empty());
+  ASSERT_EQ(sprite->labelCount, 1);
+  EXPECT_STREQ(sprite->labels[0].label, "in");
+  // Inner blocks other than the timeline's are skipped, not applied to the movie.
+  EXPECT_EQ(s->backgroundColor, 0u);
+  EXPECT_EQ(s->root->labelCount, 0);
+  EXPECT_EQ(s->root->framesRead, 1);
+  auto* empty = reinterpret_cast<ddTimeline*>(ddDictionary_get(s->root, 11));
+  ASSERT_NE(empty, nullptr);
+  EXPECT_EQ(empty->frames->count, 1);
+  EXPECT_TRUE(placements(empty, 0).empty());
+}
+
+TEST_F(TimelineTest, AScriptInsideASpriteThrowsTheStreamPastIt) {
+  // The script's skip is the sprite's length, so the frame after the sprite
+  // is never seen and the sprite keeps the frame it closed before.
+  Bytes inner =
+      swf::concat({swf::showFrame(), swf::block(12, {0, 0}), swf::showFrame(), swf::end()});
+  Bytes body = swf::concat(
+      {swf::defineSprite(10, 2, inner), swf::showFrame(), swf::showFrame(), swf::end()});
+  ddStream* s = parse(swf::movie(body, frames(2)));
+  auto* sprite = reinterpret_cast<ddTimeline*>(ddDictionary_get(s->root, 10));
+  ASSERT_NE(sprite, nullptr);
+  EXPECT_EQ(sprite->framesRead, 1);
+  EXPECT_LT(s->root->framesRead, 2);
+}
+
+// Display lists
+
+TEST_F(TimelineTest, KeptInstancesKeepTheirFrameAndReplacedOnesStartAgain) {
+  Bytes inner = swf::concat(
+      {swf::placeNew(1, 1), swf::showFrame(), swf::showFrame(), swf::showFrame(), swf::end()});
+  Bytes body = swf::concat(
+      {squareShape(1), squareShape(2), swf::defineSprite(10, 3, inner), swf::placeNew(4, 10),
+       swf::showFrame(), swf::placeObject2(moveTo(4, 400)), swf::showFrame(), swf::placeNew(4, 2),
+       swf::showFrame(), swf::placeNew(4, 10), swf::showFrame(), swf::end()});
+  ddMovie* movie = open(swf::movie(body, frames(4)));
+  ddClip* root = movie->rootClip;
+  ddClip* child = clipAt(root, 4);
+  ASSERT_NE(child, nullptr);
+  EXPECT_EQ(child->frame, 0);
+  EXPECT_EQ(std::string(child->info->name), "instance4");
+  EXPECT_EQ(child->parent, root);
+  EXPECT_EQ(child->info->root, root->info);
+  ddClip_moveFrame(movie, child, 2);
+  EXPECT_EQ(child->frame, 2);
+
+  // Same character at the depth: the same clip, still on its own frame, moved.
+  ddClip_moveFrame(movie, root, 1);
+  EXPECT_EQ(clipAt(root, 4), child);
+  EXPECT_EQ(child->frame, 2);
+  EXPECT_EQ(child->head.matrix.tx, 400 * 1024 / 20);
+
+  // Another character: the clip leaves, a shape takes the depth.
+  ddClip_moveFrame(movie, root, 2);
+  ddInstance* shape = instanceAt(root, 4);
+  ASSERT_NE(shape, nullptr);
+  EXPECT_EQ(shape->type, ddCharacterShape);
+  EXPECT_TRUE(child->flags & ddClipRemoved);
+  EXPECT_EQ(child->node, nullptr);
+
+  // The sprite again: a fresh clip from its first frame.
+  ddClip_moveFrame(movie, root, 3);
+  ddClip* again = clipAt(root, 4);
+  ASSERT_NE(again, nullptr);
+  EXPECT_NE(again, child);
+  EXPECT_EQ(again->frame, 0);
+  EXPECT_TRUE(again->flags & ddClipStarted);
+  EXPECT_EQ(instances(again).size(), 1u);
+}
+
+TEST_F(TimelineTest, FrameNumbersOutOfRangeShowTheFirstFrame) {
+  Bytes body =
+      swf::concat({squareShape(1), squareShape(2), swf::placeNew(1, 1), swf::showFrame(),
+                   swf::removeObject2(1), swf::placeNew(2, 2), swf::showFrame(), swf::end()});
+  ddMovie* movie = open(swf::movie(body, frames(2)));
+  ddClip* root = movie->rootClip;
+  for (int request : {2, -1, 1 << 30}) {
+    SCOPED_TRACE(request);
+    ddClip_moveFrame(movie, root, 1);
+    ASSERT_EQ(instanceAt(root, 1), nullptr);
+    ddClip_moveFrame(movie, root, request);
+    EXPECT_EQ(root->frame, 0);
+    EXPECT_NE(instanceAt(root, 1), nullptr);
+    EXPECT_EQ(instanceAt(root, 2), nullptr);
+  }
+  // A frame past the stored ones is refused with a warning and no change.
+  root->frame = 5;
+  ddClip_setFrame(movie, root);
+  ASSERT_EQ(warnings().size(), 1u);
+  EXPECT_EQ(warnings()[0], "frameNum > timeline->nFrames");
+  EXPECT_NE(instanceAt(root, 1), nullptr);
+}
+
+TEST_F(TimelineTest, MovingToTheCurrentFrameChangesNothing) {
+  swf::Cxform red;
+  red.add = std::vector<int32_t>{255, 0, 0, 0};
+  swf::Place tinted;
+  tinted.depth = 1;
+  tinted.move = true;
+  tinted.cxform = red;
+  Bytes body = swf::concat({squareShape(1), swf::placeNew(1, 1), swf::showFrame(),
+                            swf::placeObject2(tinted), swf::showFrame(), swf::end()});
+  ddMovie* movie = open(swf::movie(body, frames(2)));
+  ddMovie_draw(movie, nullptr, nullptr);
+  ddInstance* square = instanceAt(movie->rootClip, 1);
+  ddClip_moveFrame(movie, movie->rootClip, 0);
+  const ddRect* rects = nullptr;
+  int32_t count = -1;
+  ddMovie_draw(movie, &rects, &count);
+  EXPECT_EQ(count, 0);
+
+  // A colour change alone redraws exactly the instance's area.
+  ddClip_moveFrame(movie, movie->rootClip, 1);
+  EXPECT_EQ(instanceAt(movie->rootClip, 1), square);
+  EXPECT_TRUE(square->state & ddStateChanged);
+  EXPECT_EQ(square->cxform.rAdd, 255);
+  ddMovie_draw(movie, &rects, &count);
+  ASSERT_EQ(count, 1);
+  // 100 twips at a scale of 550/550: five pixels, widened to whole pixels.
+  EXPECT_EQ(rects[0].xMin, 0);
+  EXPECT_EQ(rects[0].xMax, 5 * 1024);
+}
+
+TEST_F(TimelineTest, RemovedInstancesAreRedrawnOneUpdateLater) {
+  swf::Matrix away;
+  away.tx = 2000;
+  Bytes body = swf::concat({squareShape(1), swf::placeNew(1, 1, away), swf::showFrame(),
+                            swf::removeObject2(1), swf::showFrame(), swf::end()});
+  ddMovie* movie = open(swf::movie(body, frames(2)));
+  ddMovie_draw(movie, nullptr, nullptr);
+  ddClip_moveFrame(movie, movie->rootClip, 1);
+  EXPECT_EQ(instanceAt(movie->rootClip, 1), nullptr);
+  ASSERT_NE(movie->rootClip->displayList->removed, nullptr);
+  const ddRect* rects = nullptr;
+  int32_t count = 0;
+  ddMovie_draw(movie, &rects, &count);
+  EXPECT_EQ(movie->rootClip->displayList->removed, nullptr);
+  ASSERT_GE(count, 1);
+  EXPECT_TRUE(ddRect_contains(rects[0], 100 * 1024 + 512, 2 * 1024));
+}
+
+TEST_F(TimelineTest, PlacementsWithoutACharacterMakeNothing) {
+  Bytes body = swf::concat(
+      {squareShape(1), swf::placeNew(1, 99), swf::placeNew(2, 1), swf::showFrame(), swf::end()});
+  ddMovie* movie = open(swf::movie(body));
+  auto all = instances(movie->rootClip);
+  ASSERT_EQ(all.size(), 1u);
+  EXPECT_EQ(all[0]->depth, 2);
+}
+
+TEST_F(TimelineTest, TwoPlacementsOfOneCharacterBothSurviveTheRemovalPass) {
+  Bytes body = swf::concat({squareShape(1), swf::placeNew(1, 1), swf::placeNew(2, 1),
+                            swf::showFrame(), swf::removeObject2(1), swf::showFrame(), swf::end()});
+  ddMovie* movie = open(swf::movie(body, frames(2)));
+  ddInstance* second = instanceAt(movie->rootClip, 2);
+  ddClip_moveFrame(movie, movie->rootClip, 1);
+  EXPECT_EQ(instanceAt(movie->rootClip, 1), nullptr);
+  EXPECT_EQ(instanceAt(movie->rootClip, 2), second);
+}
+
+TEST_F(TimelineTest, MasksReachTheirDepthsWhicheverIsPlacedFirst) {
+  swf::Place mask;
+  mask.depth = 1;
+  mask.id = 1;
+  mask.clipDepth = 3;
+  Bytes maskFirst = swf::concat({squareShape(1), swf::placeObject2(mask), swf::placeNew(2, 1),
+                                 swf::placeNew(3, 1), swf::showFrame(), swf::end()});
+  ddMovie* a = open(swf::movie(maskFirst));
+  ddInstance* m = instanceAt(a->rootClip, 1);
+  EXPECT_EQ(m->clipDepth, 3);
+  EXPECT_EQ(instanceAt(a->rootClip, 2)->mask, m);
+  EXPECT_EQ(instanceAt(a->rootClip, 3)->mask, nullptr);
+
+  // A mask that arrives when its target is already there reaches it too.
+  Bytes maskLater = swf::concat({squareShape(1), swf::placeNew(2, 1), swf::showFrame(),
+                                 swf::placeObject2(mask), swf::showFrame(), swf::end()});
+  swf::MovieOptions o;
+  o.frames = 2;
+  ddMovie* b = open(swf::movie(maskLater, o));
+  ddInstance* target = instanceAt(b->rootClip, 2);
+  EXPECT_EQ(target->mask, nullptr);
+  ddClip_moveFrame(b, b->rootClip, 1);
+  ddInstance* late = instanceAt(b->rootClip, 1);
+  ASSERT_NE(late, nullptr);
+  EXPECT_EQ(instanceAt(b->rootClip, 2), target);
+  EXPECT_EQ(target->mask, late);
+
+  // A mask leaving clears what it reached.
+  ddClip_moveFrame(b, b->rootClip, 0);
+  EXPECT_EQ(target->mask, nullptr);
+}
+
+TEST_F(TimelineTest, SpritesNestedWithoutEndStopAtTheNestingBound) {
+  // Each sprite places the one before it; the chain is deeper than the bound.
+  Bytes body = squareShape(1);
+  for (int id = 2; id < 2 + ddMaxClipNesting + 5; id++)
+    body = swf::concat(
+        {body, swf::defineSprite(
+                   id, 1, swf::concat({swf::placeNew(1, id - 1), swf::showFrame(), swf::end()}))});
+  body =
+      swf::concat({body, swf::placeNew(1, 2 + ddMaxClipNesting + 4), swf::showFrame(), swf::end()});
+  ddMovie* movie = open(swf::movie(body));
+  int depth = 0;
+  for (ddClip* c = movie->rootClip; c; c = clipAt(c, 1)) depth++;
+  EXPECT_EQ(depth, ddMaxClipNesting + 1);
+  ASSERT_FALSE(warnings().empty());
+  EXPECT_EQ(warnings()[0].rfind("Clips nested too deep", 0), 0u);
+}
+
+}  // namespace
