@@ -20,7 +20,9 @@ constexpr HRESULT kDeviceNotReset = static_cast<int32_t>(0x88760869u);
 constexpr HRESULT kNotAvailable = static_cast<int32_t>(0x8876086Au);
 constexpr HRESULT kInvalidCall = static_cast<int32_t>(0x8876086Cu);
 
-inline bool failed(HRESULT hr) { return hr < 0; }
+inline bool failed(HRESULT hr) {
+  return hr < 0;
+}
 
 // Formats
 enum Format : int32_t {
@@ -55,8 +57,12 @@ constexpr uint32_t CREATE_SOFTWARE_VERTEXPROCESSING = 0x20;
 constexpr uint32_t CREATE_HARDWARE_VERTEXPROCESSING = 0x40;
 constexpr uint32_t CREATE_MIXED_VERTEXPROCESSING = 0x80;
 
-constexpr uint32_t vsVersion(int major, int minor) { return 0xFFFE0000u | (major << 8) | minor; }
-constexpr uint32_t psVersion(int major, int minor) { return 0xFFFF0000u | (major << 8) | minor; }
+constexpr uint32_t vsVersion(int major, int minor) {
+  return 0xFFFE0000u | (major << 8) | minor;
+}
+constexpr uint32_t psVersion(int major, int minor) {
+  return 0xFFFF0000u | (major << 8) | minor;
+}
 
 // Render states (the ones the layer and its backends know)
 enum RenderState : uint32_t {
