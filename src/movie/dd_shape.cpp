@@ -197,8 +197,25 @@ int32_t readCount(ddStream* s) {
   return n;
 }
 
+bool hasAlpha(int blockType) {
+  return blockType == 32 || blockType == kMorphBlock;
+}
+
 ddColor readColor(ddStream* s, int blockType) {
-  return blockType == 32 || blockType == kMorphBlock ? ddStream_readRGBA(s) : ddStream_readRGB(s);
+  return hasAlpha(blockType) ? ddStream_readRGBA(s) : ddStream_readRGB(s);
+}
+
+// A colour read from zeros: opaque black without alpha, transparent with it.
+ddColor zeroColor(int blockType) {
+  return hasAlpha(blockType) ? 0 : 0xff000000u;
+}
+
+// Once the stream is exhausted the remaining styles of an array can only read
+// as zeros; they are made without the byte-by-byte reads, which a hostile
+// count would otherwise multiply.
+void passZeros(ddStream* s, int64_t bytes) {
+  s->bitCount = 0;
+  s->pos += uint64_t(bytes);
 }
 
 // The gradient square of +-16384 twips spans +-65280 gradient units.
@@ -235,7 +252,14 @@ void ddStream_readFillArray(ddStream* s, ddTimeline* timeline, int blockType, dd
                             ddShape* secondShape) {
   bool morph = blockType == kMorphBlock;
   int32_t count = readCount(s);
+  int colourBytes = hasAlpha(blockType) ? 4 : 3;
   for (int32_t i = 0; i < count; i++) {
+    if (ddStream_exhausted(s)) {
+      passZeros(s, 1 + colourBytes * (morph ? 2 : 1));
+      ddShape_addFill(shape, solid(zeroColor(blockType)));
+      if (morph && secondShape) ddShape_addFill(secondShape, solid(zeroColor(blockType)));
+      continue;
+    }
     int type = ddStream_readU8(s);
     // `second` holds the end values of a morph style and is unused otherwise.
     ddFill fill = solid(0), second = solid(0);
@@ -321,6 +345,15 @@ ddLineArray* ddStream_readLineArray(ddStream* s, int blockType, ddLineArray** se
     second->styles = static_cast<ddLineStyle*>(ddCalloc(size_t(count) + 1, sizeof(ddLineStyle)));
   }
   for (int32_t i = 0; i < count; i++) {
+    if (ddStream_exhausted(s)) {
+      int32_t rest = count - i;
+      passZeros(s, int64_t(rest) * (morph ? 4 + 2 * 4 : 2 + (hasAlpha(blockType) ? 4 : 3)));
+      for (; i < count; i++) {
+        lines->styles[i] = ddLineStyle{0, zeroColor(blockType)};
+        if (morph) second->styles[i] = ddLineStyle{0, zeroColor(blockType)};
+      }
+      break;
+    }
     lines->styles[i].width = ddStream_readU16(s);
     if (morph) {
       second->styles[i].width = ddStream_readU16(s);

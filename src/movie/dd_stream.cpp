@@ -42,6 +42,10 @@ void ddStream_destroy(ddStream* s) {
   ddFree(s);
 }
 
+bool ddStream_exhausted(const ddStream* s) {
+  return s->ops == &ddStream_memoryOps && s->pos >= s->present;
+}
+
 void ddStream_align(ddStream* s) {
   if (s->bitCount > 0) {
     s->bitCount = 0;

@@ -53,6 +53,11 @@ ddStream* ddStream_create(const uint8_t* data, int32_t size);
 // Frees the stream and its inflated bytes; the root timeline is not touched.
 void ddStream_destroy(ddStream* s);
 
+// True when every further read can only give zeros: the memory source is
+// past the bytes it really holds. Loops bounded by a length the file states
+// stop there, since the rest could only be empty blocks.
+bool ddStream_exhausted(const ddStream* s);
+
 void ddStream_align(ddStream* s);
 uint32_t ddStream_readBits(ddStream* s, int n);
 int32_t ddStream_readSBits(ddStream* s, int n);

@@ -205,7 +205,8 @@ void ddTimeline_defineSprite(ddStream* s, ddTimeline* parent, int32_t length) {
   int32_t id = ddStream_readU16(s);
   ddTimeline* sprite = ddTimeline_create(parent->dictionary);
   sprite->nFrames = ddStream_readU16(s);
-  while (s->pos < end) {
+  // Past the real data every block would be an empty one of type 0.
+  while (s->pos < end && !ddStream_exhausted(s)) {
     uint32_t header = ddStream_readU16(s);
     int type = int(header >> 6);
     int32_t inner = int32_t(header & 63);
