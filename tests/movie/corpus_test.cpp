@@ -62,9 +62,9 @@ struct BlockLog {
   std::map<int, int> skipped, unknown;
 };
 
-class CorpusTest : public MovieTest {};
+class MovieCorpusTest : public MovieTest {};
 
-TEST_F(CorpusTest, EveryMovieOpensAndShowsAllItsFrames) {
+TEST_F(MovieCorpusTest, EveryMovieOpensAndShowsAllItsFrames) {
   fs::path root = VOSTAN_SWF_CORPUS;
   if (!fs::is_directory(root)) GTEST_SKIP() << "no corpus at " << root;
   std::vector<fs::path> movies;

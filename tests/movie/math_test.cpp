@@ -13,9 +13,9 @@ bool same(const ddRect& a, const ddRect& b) {
   return a.xMin == b.xMin && a.xMax == b.xMax && a.yMin == b.yMin && a.yMax == b.yMax;
 }
 
-class MathTest : public MovieTest {};
+class MovieMathTest : public MovieTest {};
 
-TEST_F(MathTest, RectanglesAreClosedAndOnlyTheMarkerIsEmpty) {
+TEST_F(MovieMathTest, RectanglesAreClosedAndOnlyTheMarkerIsEmpty) {
   ddRect a = rect(0, 10, 0, 10), touching = rect(10, 20, 10, 20), apart = rect(11, 20, 0, 10);
   EXPECT_TRUE(ddRect_overlap(a, touching));
   EXPECT_FALSE(ddRect_overlap(a, apart));
@@ -35,7 +35,7 @@ TEST_F(MathTest, RectanglesAreClosedAndOnlyTheMarkerIsEmpty) {
   EXPECT_TRUE(same(grown, rect(-1, 3, -4, 2)));
 }
 
-TEST_F(MathTest, DirtyListsMergeThroughLaterEntriesAndLeaveThemEmpty) {
+TEST_F(MovieMathTest, DirtyListsMergeThroughLaterEntriesAndLeaveThemEmpty) {
   ddRectList* list = ddRectList_create();
   ddRectList_add(list, ddRect_empty());
   EXPECT_EQ(list->count, 0);
@@ -66,7 +66,7 @@ TEST_F(MathTest, DirtyListsMergeThroughLaterEntriesAndLeaveThemEmpty) {
   ddRectList_destroy(list);
 }
 
-TEST_F(MathTest, MatrixProductsAreShiftedOneByOne) {
+TEST_F(MovieMathTest, MatrixProductsAreShiftedOneByOne) {
   ddMatrix p = {3, 3, 0, 1024, 0, 0}, q = {512, 0, 512, 1024, 0, 0};
   // (3*512 >> 10) twice is 2; a single shift of the sum would give 3.
   EXPECT_EQ(ddMatrix_concat(p, q).a, 2);
@@ -86,7 +86,7 @@ TEST_F(MathTest, MatrixProductsAreShiftedOneByOne) {
   EXPECT_EQ(y, 100);
 }
 
-TEST_F(MathTest, RotationAndInversionRoundTrip) {
+TEST_F(MovieMathTest, RotationAndInversionRoundTrip) {
   ddMatrix r = ddMatrix_rotate(ddMatrixIdentity, M_PI / 2);
   EXPECT_EQ(r.a, 0);
   EXPECT_EQ(r.b, -1024);
@@ -105,7 +105,7 @@ TEST_F(MathTest, RotationAndInversionRoundTrip) {
                              ddMatrix{m.a / 2, m.b / 2, m.c * 2, m.d * 2, m.tx, m.ty}));
 }
 
-TEST_F(MathTest, ColourTransformsAddWithoutScalingAndClamp) {
+TEST_F(MovieMathTest, ColourTransformsAddWithoutScalingAndClamp) {
   ddCxform half = {128, 128, 128, 256, 10, 0, 0, 0};
   ddCxform quarter = {128, 64, 128, 256, 20, -5, 0, 0};
   ddCxform both = ddCxform_concat(half, quarter);

@@ -6,7 +6,7 @@ using swf::Bytes;
 
 namespace {
 
-class ShapeTest : public MovieTest {
+class MovieShapeTest : public MovieTest {
  protected:
   // Parses a movie holding the one shape block and returns its shape.
   ddShape* shapeOf(const Bytes& block, int id = 1) {
@@ -32,7 +32,7 @@ class ShapeTest : public MovieTest {
   }
 };
 
-TEST_F(ShapeTest, StyleChangesBecomeOneRecordEachAndAGroupOpensAtTheOrigin) {
+TEST_F(MovieShapeTest, StyleChangesBecomeOneRecordEachAndAGroupOpensAtTheOrigin) {
   swf::Writer w;
   w.rect(-20, 200, 0, 400);
   w.raw(swf::shapeStyles(2, {{255, 0, 0}, {0, 255, 0}}, {{40, {1, 2, 3}}}));
@@ -84,7 +84,7 @@ TEST_F(ShapeTest, StyleChangesBecomeOneRecordEachAndAGroupOpensAtTheOrigin) {
   EXPECT_EQ(shape->fills[1].data.color, 0xFF00FF00u);
 }
 
-TEST_F(ShapeTest, NewStylesAppendToOneFillTableAndRebaseIndices) {
+TEST_F(MovieShapeTest, NewStylesAppendToOneFillTableAndRebaseIndices) {
   swf::Writer w;
   w.rect(0, 100, 0, 100);
   w.raw(swf::shapeStyles(32, {{1, 1, 1, 10}, {2, 2, 2, 20}}, {{20, {9, 9, 9, 99}}}));
@@ -114,7 +114,7 @@ TEST_F(ShapeTest, NewStylesAppendToOneFillTableAndRebaseIndices) {
   EXPECT_EQ(shape->lineWidth, 60);
 }
 
-TEST_F(ShapeTest, CountEscapeHoldsInEveryShapeBlock) {
+TEST_F(MovieShapeTest, CountEscapeHoldsInEveryShapeBlock) {
   swf::Writer w;
   w.rect(0, 10, 0, 10);
   w.u8(255);
@@ -134,7 +134,7 @@ TEST_F(ShapeTest, CountEscapeHoldsInEveryShapeBlock) {
   EXPECT_EQ(types(shape), std::vector<int>{ddRecordEnd});
 }
 
-TEST_F(ShapeTest, GradientFillsScaleTheirMatrixAndReadStops) {
+TEST_F(MovieShapeTest, GradientFillsScaleTheirMatrixAndReadStops) {
   swf::Writer w;
   w.rect(0, 10, 0, 10);
   w.u8(2);
@@ -171,7 +171,7 @@ TEST_F(ShapeTest, GradientFillsScaleTheirMatrixAndReadStops) {
   EXPECT_EQ(shape->fills[1].data.gradient->count, 1);
 }
 
-TEST_F(ShapeTest, BitmapFillsWithoutABitmapBecomeTransparent) {
+TEST_F(MovieShapeTest, BitmapFillsWithoutABitmapBecomeTransparent) {
   auto bitmapFill = [](int id) {
     swf::Writer w;
     w.rect(0, 10, 0, 10);
@@ -202,7 +202,7 @@ TEST_F(ShapeTest, BitmapFillsWithoutABitmapBecomeTransparent) {
   EXPECT_EQ(warnings()[0], "Requested character id is not a bitmap");
 }
 
-TEST_F(ShapeTest, AnUnknownFillTypeIsFatal) {
+TEST_F(MovieShapeTest, AnUnknownFillTypeIsFatal) {
   swf::Writer w;
   w.rect(0, 10, 0, 10);
   w.u8(1);
@@ -217,7 +217,7 @@ TEST_F(ShapeTest, AnUnknownFillTypeIsFatal) {
   }
 }
 
-TEST_F(ShapeTest, AShapeThatEndsEarlyLeavesTheRestToBeReadAsBlocks) {
+TEST_F(MovieShapeTest, AShapeThatEndsEarlyLeavesTheRestToBeReadAsBlocks) {
   Bytes shape = squareShape(1);
   // Two bytes after the end record, inside the block: a ShowFrame header.
   shape.insert(shape.end(), {0x40, 0x00});
@@ -230,7 +230,7 @@ TEST_F(ShapeTest, AShapeThatEndsEarlyLeavesTheRestToBeReadAsBlocks) {
   EXPECT_EQ(s->root->framesRead, 2);
 }
 
-TEST_F(ShapeTest, GradientStopsInterpolateWithoutClampingAndTheCursorIsOnlyACache) {
+TEST_F(MovieShapeTest, GradientStopsInterpolateWithoutClampingAndTheCursorIsOnlyACache) {
   ddGradient* g = ddGradient_create();
   ddGradient_addStop(g, 0, 0xFF0000FFu);
   ddGradient_addStop(g, 128, 0xFFFF0000u);
@@ -267,7 +267,7 @@ TEST_F(ShapeTest, GradientStopsInterpolateWithoutClampingAndTheCursorIsOnlyACach
   ddGradient_destroy(zero);
 }
 
-TEST_F(ShapeTest, TheDictionaryGrowsToAnIdAndKeepsReplacedCharacters) {
+TEST_F(MovieShapeTest, TheDictionaryGrowsToAnIdAndKeepsReplacedCharacters) {
   ddStream* s = parse(
       swf::movie(swf::concat({squareShape(300), squareShape(7), squareShape(7, 22), swf::end()})));
   ddDictionary* d = s->root->dictionary;

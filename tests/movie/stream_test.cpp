@@ -7,9 +7,9 @@ using swf::Bytes;
 
 namespace {
 
-class StreamTest : public MovieTest {};
+class MovieStreamTest : public MovieTest {};
 
-TEST_F(StreamTest, BitReaderTakesHeldBitsFirstAndRefillsByWholeBytes) {
+TEST_F(MovieStreamTest, BitReaderTakesHeldBitsFirstAndRefillsByWholeBytes) {
   ddStream* s = streamOver({0b10110011, 0b01011100, 0xAB, 0xCD});
   EXPECT_EQ(ddStream_readBits(s, 0), 0u);
   EXPECT_EQ(s->bitCount, 0);
@@ -28,7 +28,7 @@ TEST_F(StreamTest, BitReaderTakesHeldBitsFirstAndRefillsByWholeBytes) {
   EXPECT_EQ(s->pos, 4u);
 }
 
-TEST_F(StreamTest, ByteReadDropsHeldBitsAndTheyNeverReappear) {
+TEST_F(MovieStreamTest, ByteReadDropsHeldBitsAndTheyNeverReappear) {
   ddStream* s = streamOver({0b11111111, 0x42, 0b10100000});
   EXPECT_EQ(ddStream_readBits(s, 3), 0b111u);
   EXPECT_EQ(ddStream_readU8(s), 0x42);
@@ -39,7 +39,7 @@ TEST_F(StreamTest, ByteReadDropsHeldBitsAndTheyNeverReappear) {
   EXPECT_EQ(s->bitCount, 0);
 }
 
-TEST_F(StreamTest, ThirtyTwoBitFieldsAndSignExtension) {
+TEST_F(MovieStreamTest, ThirtyTwoBitFieldsAndSignExtension) {
   ddStream* s = streamOver({0x80, 0x00, 0x00, 0x01, 0b11111000, 0b01000000});
   EXPECT_EQ(ddStream_readBits(s, 32), 0x80000001u);
   EXPECT_EQ(ddStream_readSBits(s, 5), -1);
@@ -50,7 +50,7 @@ TEST_F(StreamTest, ThirtyTwoBitFieldsAndSignExtension) {
   EXPECT_EQ(ddStream_readSBits(t, 32), INT32_MIN);
 }
 
-TEST_F(StreamTest, IntegersColoursAndStrings) {
+TEST_F(MovieStreamTest, IntegersColoursAndStrings) {
   ddStream* s = streamOver({0x34, 0x12, 0xFE, 0xFF, 0x78, 0x56, 0x34, 0x12, 1,    2, 3,  4,
                             5,    6,    7,    'a',  '\t', 'b',  '\n', 'c',  '\r', 0, 'z'});
   EXPECT_EQ(ddStream_readU16(s), 0x1234);
@@ -64,7 +64,7 @@ TEST_F(StreamTest, IntegersColoursAndStrings) {
   EXPECT_EQ(ddStream_readU8(s), 'z');
 }
 
-TEST_F(StreamTest, LongStringsAreKeptWhole) {
+TEST_F(MovieStreamTest, LongStringsAreKeptWhole) {
   Bytes bytes(3000, '\t');
   bytes.push_back(0);
   ddStream* s = streamOver(bytes);
@@ -74,7 +74,7 @@ TEST_F(StreamTest, LongStringsAreKeptWhole) {
   ddFree(text);
 }
 
-TEST_F(StreamTest, ReadsPastTheDataGiveZeros) {
+TEST_F(MovieStreamTest, ReadsPastTheDataGiveZeros) {
   ddStream* s = streamOver({0xFF});
   EXPECT_EQ(ddStream_readU8(s), 0xFF);
   EXPECT_TRUE(s->ops->atEnd(s));
@@ -86,7 +86,7 @@ TEST_F(StreamTest, ReadsPastTheDataGiveZeros) {
   EXPECT_EQ(ddStream_readU8(s), 0);
 }
 
-TEST_F(StreamTest, RectanglesConvertTwipsByShiftThenDivide) {
+TEST_F(MovieStreamTest, RectanglesConvertTwipsByShiftThenDivide) {
   swf::Writer w;
   w.rect(1, -1, 20, 2000);
   ddStream* s = streamOver(w.bytes);
@@ -104,7 +104,7 @@ TEST_F(StreamTest, RectanglesConvertTwipsByShiftThenDivide) {
   EXPECT_EQ(zero.yMax, 0);
 }
 
-TEST_F(StreamTest, MatricesTakeScaleThenRotateSkewThenTranslation) {
+TEST_F(MovieStreamTest, MatricesTakeScaleThenRotateSkewThenTranslation) {
   swf::Writer w;
   w.matrix({std::make_pair(0x18000, -0x8000), std::make_pair(0x4000, 1), 20, -40});
   w.matrix({});
@@ -120,7 +120,7 @@ TEST_F(StreamTest, MatricesTakeScaleThenRotateSkewThenTranslation) {
   EXPECT_TRUE(ddMatrix_equal(id, ddMatrixIdentity));
 }
 
-TEST_F(StreamTest, ColourTransformsReadMultipliersBeforeAdditions) {
+TEST_F(MovieStreamTest, ColourTransformsReadMultipliersBeforeAdditions) {
   swf::Writer w;
   w.cxform({std::vector<int32_t>{128, 64, 32}, std::vector<int32_t>{-10, 20, 30}}, false);
   w.cxform({std::nullopt, std::vector<int32_t>{1, 2, 3, 4}}, true);
@@ -141,7 +141,7 @@ TEST_F(StreamTest, ColourTransformsReadMultipliersBeforeAdditions) {
 
 // Header
 
-TEST_F(StreamTest, BadSignaturesFailSilently) {
+TEST_F(MovieStreamTest, BadSignaturesFailSilently) {
   for (Bytes file : {Bytes{0x46, 0x57, 0x58, 8, 0, 0, 0, 0}, Bytes{0x5A, 0x57, 0x53, 8},
                      Bytes{0x43, 0x57, 0x53, 8, 30, 0, 0, 0, 1, 2, 3}, Bytes{}}) {
     int result = 0;
@@ -151,7 +151,7 @@ TEST_F(StreamTest, BadSignaturesFailSilently) {
   EXPECT_TRUE(warnings().empty());
 }
 
-TEST_F(StreamTest, HeaderFieldsAndFrameRate) {
+TEST_F(MovieStreamTest, HeaderFieldsAndFrameRate) {
   swf::MovieOptions o;
   o.version = 7;
   o.xMin = 20;
@@ -174,7 +174,7 @@ TEST_F(StreamTest, HeaderFieldsAndFrameRate) {
   EXPECT_FLOAT_EQ(parse(swf::movie(swf::end(), o))->frameRate, 12.0f);
 }
 
-TEST_F(StreamTest, CompressedAndPlainFilesReadAlike) {
+TEST_F(MovieStreamTest, CompressedAndPlainFilesReadAlike) {
   Bytes body = swf::concat({swf::setBackground(1, 2, 3), squareShape(1), swf::placeNew(3, 1),
                             swf::showFrame(), swf::removeObject2(3), swf::showFrame(), swf::end()});
   swf::MovieOptions o;
@@ -194,7 +194,7 @@ TEST_F(StreamTest, CompressedAndPlainFilesReadAlike) {
   EXPECT_EQ(packed->fileLength, plain->fileLength);
 }
 
-TEST_F(StreamTest, CompressedBodiesThatDoNotFitOrEndEarlyFail) {
+TEST_F(MovieStreamTest, CompressedBodiesThatDoNotFitOrEndEarlyFail) {
   swf::MovieOptions o;
   o.compressed = true;
   Bytes good = swf::movie(swf::concat({swf::showFrame(), swf::end()}), o);
@@ -220,7 +220,7 @@ TEST_F(StreamTest, CompressedBodiesThatDoNotFitOrEndEarlyFail) {
 
 // Block loop
 
-TEST_F(StreamTest, UnknownBlocksWarnAndAreSkippedByLength) {
+TEST_F(MovieStreamTest, UnknownBlocksWarnAndAreSkippedByLength) {
   Bytes body = swf::concat({swf::block(3, {1, 2}), swf::showFrame(), swf::block(63, {9}),
                             swf::block(200, {7, 7, 7}, true), swf::showFrame(), swf::end()});
   swf::MovieOptions o;
@@ -233,7 +233,7 @@ TEST_F(StreamTest, UnknownBlocksWarnAndAreSkippedByLength) {
   EXPECT_EQ(warnings()[2], "Unrecognized block type: 200, length 3\n");
 }
 
-TEST_F(StreamTest, SkippedBlocksAreSilentAndReported) {
+TEST_F(MovieStreamTest, SkippedBlocksAreSilentAndReported) {
   // DoAction, a sound stream block and a DefineText, each with a body that
   // would read as a block header if it were not skipped.
   Bytes body = swf::concat({swf::block(12, {0x40, 0x00}), swf::block(19, {0x40, 0x00, 0x40}),
@@ -256,7 +256,7 @@ TEST_F(StreamTest, SkippedBlocksAreSilentAndReported) {
   EXPECT_EQ(seen.blocks, expected);
 }
 
-TEST_F(StreamTest, TheLoopStopsAtEndBlocksNegativeLengthsAndTheStatedLength) {
+TEST_F(MovieStreamTest, TheLoopStopsAtEndBlocksNegativeLengthsAndTheStatedLength) {
   swf::MovieOptions o;
   o.frames = 5;
   // An End block stops the loop before the declared frame count.
@@ -276,7 +276,7 @@ TEST_F(StreamTest, TheLoopStopsAtEndBlocksNegativeLengthsAndTheStatedLength) {
   EXPECT_EQ(c->root->framesRead, 1);
 }
 
-TEST_F(StreamTest, ExportsKeepOnlyTheFirstEntryAndMoreEntriesDesynchronise) {
+TEST_F(MovieStreamTest, ExportsKeepOnlyTheFirstEntryAndMoreEntriesDesynchronise) {
   swf::Writer one;
   one.u16(1);
   one.u16(5);
@@ -303,7 +303,7 @@ TEST_F(StreamTest, ExportsKeepOnlyTheFirstEntryAndMoreEntriesDesynchronise) {
   EXPECT_EQ(b->root->framesRead, 0);
 }
 
-TEST_F(StreamTest, TruncatedFilesParseWithoutReadingOutside) {
+TEST_F(MovieStreamTest, TruncatedFilesParseWithoutReadingOutside) {
   swf::MovieOptions o;
   o.frames = 3;
   Bytes full = swf::movie(swf::concat({squareShape(1), swf::placeNew(1, 1), swf::showFrame(),

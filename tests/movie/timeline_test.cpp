@@ -5,7 +5,7 @@ using swf::Bytes;
 
 namespace {
 
-class TimelineTest : public MovieTest {
+class MovieTimelineTest : public MovieTest {
  protected:
   static swf::Place moveTo(int depth, int tx) {
     swf::Place p;
@@ -26,7 +26,7 @@ class TimelineTest : public MovieTest {
   }
 };
 
-TEST_F(TimelineTest, FramesAreCompleteSnapshotsOfPlacements) {
+TEST_F(MovieTimelineTest, FramesAreCompleteSnapshotsOfPlacements) {
   swf::Place named;
   named.depth = 2;
   named.id = 1;
@@ -59,7 +59,7 @@ TEST_F(TimelineTest, FramesAreCompleteSnapshotsOfPlacements) {
   EXPECT_STREQ(t->labels[0].label, "second");
 }
 
-TEST_F(TimelineTest, PlaceAndRemoveRecordsOfTheFirstKind) {
+TEST_F(MovieTimelineTest, PlaceAndRemoveRecordsOfTheFirstKind) {
   swf::Cxform half;
   half.mul = std::vector<int32_t>{128, 128, 128};
   swf::Matrix at;
@@ -86,7 +86,7 @@ TEST_F(TimelineTest, PlaceAndRemoveRecordsOfTheFirstKind) {
   EXPECT_EQ(placements(s->root, 2).size(), 1u);
 }
 
-TEST_F(TimelineTest, ClipActionsAreReadPastWithTheVersionsFlagWidth) {
+TEST_F(MovieTimelineTest, ClipActionsAreReadPastWithTheVersionsFlagWidth) {
   for (int version : {5, 6}) {
     SCOPED_TRACE(version);
     int width = version >= 6 ? 4 : 2;
@@ -110,7 +110,7 @@ TEST_F(TimelineTest, ClipActionsAreReadPastWithTheVersionsFlagWidth) {
   }
 }
 
-TEST_F(TimelineTest, SpritesReadTheirOwnBlocksAndShareTheDictionary) {
+TEST_F(MovieTimelineTest, SpritesReadTheirOwnBlocksAndShareTheDictionary) {
   Bytes inner =
       swf::concat({swf::placeNew(1, 1), swf::frameLabel("in"), swf::showFrame(),
                    swf::block(9, {1, 2, 3}), swf::removeObject2(1), swf::showFrame(), swf::end()});
@@ -137,7 +137,7 @@ TEST_F(TimelineTest, SpritesReadTheirOwnBlocksAndShareTheDictionary) {
   EXPECT_TRUE(placements(empty, 0).empty());
 }
 
-TEST_F(TimelineTest, AScriptInsideASpriteThrowsTheStreamPastIt) {
+TEST_F(MovieTimelineTest, AScriptInsideASpriteThrowsTheStreamPastIt) {
   // The script's skip is the sprite's length, so the frame after the sprite
   // is never seen and the sprite keeps the frame it closed before.
   Bytes inner =
@@ -153,7 +153,7 @@ TEST_F(TimelineTest, AScriptInsideASpriteThrowsTheStreamPastIt) {
 
 // Display lists
 
-TEST_F(TimelineTest, KeptInstancesKeepTheirFrameAndReplacedOnesStartAgain) {
+TEST_F(MovieTimelineTest, KeptInstancesKeepTheirFrameAndReplacedOnesStartAgain) {
   Bytes inner = swf::concat(
       {swf::placeNew(1, 1), swf::showFrame(), swf::showFrame(), swf::showFrame(), swf::end()});
   Bytes body = swf::concat(
@@ -195,7 +195,7 @@ TEST_F(TimelineTest, KeptInstancesKeepTheirFrameAndReplacedOnesStartAgain) {
   EXPECT_EQ(instances(again).size(), 1u);
 }
 
-TEST_F(TimelineTest, FrameNumbersOutOfRangeShowTheFirstFrame) {
+TEST_F(MovieTimelineTest, FrameNumbersOutOfRangeShowTheFirstFrame) {
   Bytes body =
       swf::concat({squareShape(1), squareShape(2), swf::placeNew(1, 1), swf::showFrame(),
                    swf::removeObject2(1), swf::placeNew(2, 2), swf::showFrame(), swf::end()});
@@ -218,7 +218,7 @@ TEST_F(TimelineTest, FrameNumbersOutOfRangeShowTheFirstFrame) {
   EXPECT_NE(instanceAt(root, 1), nullptr);
 }
 
-TEST_F(TimelineTest, MovingToTheCurrentFrameChangesNothing) {
+TEST_F(MovieTimelineTest, MovingToTheCurrentFrameChangesNothing) {
   swf::Cxform red;
   red.add = std::vector<int32_t>{255, 0, 0, 0};
   swf::Place tinted;
@@ -248,7 +248,7 @@ TEST_F(TimelineTest, MovingToTheCurrentFrameChangesNothing) {
   EXPECT_EQ(rects[0].xMax, 5 * 1024);
 }
 
-TEST_F(TimelineTest, RemovedInstancesAreRedrawnOneUpdateLater) {
+TEST_F(MovieTimelineTest, RemovedInstancesAreRedrawnOneUpdateLater) {
   swf::Matrix away;
   away.tx = 2000;
   Bytes body = swf::concat({squareShape(1), swf::placeNew(1, 1, away), swf::showFrame(),
@@ -266,7 +266,7 @@ TEST_F(TimelineTest, RemovedInstancesAreRedrawnOneUpdateLater) {
   EXPECT_TRUE(ddRect_contains(rects[0], 100 * 1024 + 512, 2 * 1024));
 }
 
-TEST_F(TimelineTest, PlacementsWithoutACharacterMakeNothing) {
+TEST_F(MovieTimelineTest, PlacementsWithoutACharacterMakeNothing) {
   Bytes body = swf::concat(
       {squareShape(1), swf::placeNew(1, 99), swf::placeNew(2, 1), swf::showFrame(), swf::end()});
   ddMovie* movie = open(swf::movie(body));
@@ -275,7 +275,7 @@ TEST_F(TimelineTest, PlacementsWithoutACharacterMakeNothing) {
   EXPECT_EQ(all[0]->depth, 2);
 }
 
-TEST_F(TimelineTest, TwoPlacementsOfOneCharacterBothSurviveTheRemovalPass) {
+TEST_F(MovieTimelineTest, TwoPlacementsOfOneCharacterBothSurviveTheRemovalPass) {
   Bytes body = swf::concat({squareShape(1), swf::placeNew(1, 1), swf::placeNew(2, 1),
                             swf::showFrame(), swf::removeObject2(1), swf::showFrame(), swf::end()});
   ddMovie* movie = open(swf::movie(body, frames(2)));
@@ -285,7 +285,7 @@ TEST_F(TimelineTest, TwoPlacementsOfOneCharacterBothSurviveTheRemovalPass) {
   EXPECT_EQ(instanceAt(movie->rootClip, 2), second);
 }
 
-TEST_F(TimelineTest, MasksReachTheirDepthsWhicheverIsPlacedFirst) {
+TEST_F(MovieTimelineTest, MasksReachTheirDepthsWhicheverIsPlacedFirst) {
   swf::Place mask;
   mask.depth = 1;
   mask.id = 1;
@@ -317,7 +317,7 @@ TEST_F(TimelineTest, MasksReachTheirDepthsWhicheverIsPlacedFirst) {
   EXPECT_EQ(target->mask, nullptr);
 }
 
-TEST_F(TimelineTest, SpritesNestedWithoutEndStopAtTheNestingBound) {
+TEST_F(MovieTimelineTest, SpritesNestedWithoutEndStopAtTheNestingBound) {
   // Each sprite places the one before it; the chain is deeper than the bound.
   Bytes body = squareShape(1);
   for (int id = 2; id < 2 + ddMaxClipNesting + 5; id++)
