@@ -1,8 +1,8 @@
 #include "platform/gfx/gfx.h"
 
-namespace vostan::gfx {
+#include "platform/gfx/gl_device.h"
 
-Direct3D* createOpenGLDirect3D();
+namespace vostan::gfx {
 
 namespace {
 Direct3D* installed = nullptr;

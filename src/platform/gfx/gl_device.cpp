@@ -1,25 +1,839 @@
-// The OpenGL 3.3 core backend.
-#include "platform/gfx/gfx.h"
+// The OpenGL 3.3 core backend: a device in an SDL window's GL context.
+// What GL core lacks is emulated here: the fixed pixel stage of stage 0 and
+// the alpha test in the generated fragment programs, flat shading from the
+// first vertex, Direct3D's top-left window origin and its 0..1 depth range.
+#include <SDL.h>
+
+#define GL_GLEXT_PROTOTYPES 1
+#include <GL/glcorearb.h>
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "platform/gfx/effect_core.h"
+#include "platform/gfx/gl_device.h"
+#include "platform/gfx/memory_objects.h"
 
 namespace vostan::gfx {
 
 namespace {
 
-// Not drawing yet: reports no display, so no device is made.
-class GLDirect3D : public Direct3D {
+// Attribute slots the generated programs bind their inputs to.
+enum Attribute : GLuint { A_POSITION = 0, A_COLOR = 1, A_TEXCOORD = 2, A_WEIGHT = 3 };
+
+GLenum blendOf(uint32_t b) {
+  switch (b) {
+    case BLEND_ZERO:
+      return GL_ZERO;
+    case BLEND_SRCCOLOR:
+      return GL_SRC_COLOR;
+    case BLEND_INVSRCCOLOR:
+      return GL_ONE_MINUS_SRC_COLOR;
+    case BLEND_SRCALPHA:
+      return GL_SRC_ALPHA;
+    case BLEND_INVSRCALPHA:
+      return GL_ONE_MINUS_SRC_ALPHA;
+    case BLEND_DESTALPHA:
+      return GL_DST_ALPHA;
+    case BLEND_INVDESTALPHA:
+      return GL_ONE_MINUS_DST_ALPHA;
+    case BLEND_DESTCOLOR:
+      return GL_DST_COLOR;
+    case BLEND_INVDESTCOLOR:
+      return GL_ONE_MINUS_DST_COLOR;
+    default:
+      return GL_ONE;
+  }
+}
+
+GLenum blendOpOf(uint32_t op) {
+  switch (op) {
+    case 2:
+      return GL_FUNC_SUBTRACT;
+    case 3:
+      return GL_FUNC_REVERSE_SUBTRACT;
+    case 4:
+      return GL_MIN;
+    case 5:
+      return GL_MAX;
+    default:
+      return GL_FUNC_ADD;
+  }
+}
+
+GLenum compareOf(uint32_t c) {
+  switch (c) {
+    case CMP_NEVER:
+      return GL_NEVER;
+    case CMP_LESS:
+      return GL_LESS;
+    case CMP_EQUAL:
+      return GL_EQUAL;
+    case CMP_LESSEQUAL:
+      return GL_LEQUAL;
+    case CMP_GREATER:
+      return GL_GREATER;
+    case CMP_NOTEQUAL:
+      return GL_NOTEQUAL;
+    case CMP_GREATEREQUAL:
+      return GL_GEQUAL;
+    default:
+      return GL_ALWAYS;
+  }
+}
+
+GLenum stencilOpOf(uint32_t op) {
+  switch (op) {
+    case STENCILOP_ZERO:
+      return GL_ZERO;
+    case STENCILOP_REPLACE:
+      return GL_REPLACE;
+    case STENCILOP_INCRSAT:
+      return GL_INCR;
+    case STENCILOP_DECRSAT:
+      return GL_DECR;
+    case STENCILOP_INVERT:
+      return GL_INVERT;
+    case STENCILOP_INCR:
+      return GL_INCR_WRAP;
+    case STENCILOP_DECR:
+      return GL_DECR_WRAP;
+    default:
+      return GL_KEEP;
+  }
+}
+
+GLenum primitiveOf(int32_t type) {
+  switch (type) {
+    case PT_POINTLIST:
+      return GL_POINTS;
+    case PT_LINELIST:
+      return GL_LINES;
+    case PT_LINESTRIP:
+      return GL_LINE_STRIP;
+    case PT_TRIANGLESTRIP:
+      return GL_TRIANGLE_STRIP;
+    case PT_TRIANGLEFAN:
+      return GL_TRIANGLE_FAN;
+    default:
+      return GL_TRIANGLES;
+  }
+}
+
+float asFloat(uint32_t bits) {
+  float f;
+  std::memcpy(&f, &bits, sizeof f);
+  return f;
+}
+
+// The window's default framebuffer as a surface: a description, no memory.
+class WindowSurface : public Surface {
  public:
-  HRESULT getAdapterDisplayMode(uint32_t, DisplayMode&) override { return kNotAvailable; }
-  HRESULT getDeviceCaps(uint32_t, int32_t, Caps&) override { return kNotAvailable; }
-  HRESULT checkDeviceType(uint32_t, int32_t, int32_t, int32_t, bool) override {
-    return kNotAvailable;
+  explicit WindowSurface(const SurfaceDesc& desc) : desc_(desc) {}
+  HRESULT getDesc(SurfaceDesc& out) override {
+    out = desc_;
+    return OK;
   }
-  HRESULT checkDeviceFormat(uint32_t, int32_t, int32_t, uint32_t, int32_t, int32_t) override {
-    return kNotAvailable;
+  HRESULT lockRect(LockedRect&, const Rect*, uint32_t) override { return kInvalidCall; }
+  HRESULT unlockRect() override { return kInvalidCall; }
+
+ private:
+  SurfaceDesc desc_;
+};
+
+// Stage 0 of the fixed pixel stage and the alpha test, for every program.
+const char kPixelStage[] = R"GLSL(
+uniform int vxColorOp, vxColorArg1, vxColorArg2, vxAlphaOp, vxAlphaArg1, vxAlphaArg2;
+uniform int vxHasTexture, vxAlphaTest, vxAlphaFunc, vxAlphaRef;
+out vec4 vxFragColor;
+
+vec4 vxArg(int a, vec4 diffuse, vec4 tex) {
+  vec4 r;
+  int which = a & 15;
+  if (which == 2) r = tex;
+  else if (which == 3) r = vec4(1.0);
+  else r = diffuse;
+  if ((a & 32) != 0) r = vec4(r.a);
+  if ((a & 16) != 0) r = vec4(1.0) - r;
+  return r;
+}
+
+vec4 vxOp(int op, vec4 a, vec4 b, vec4 diffuse) {
+  if (op == 2) return a;
+  if (op == 3) return b;
+  if (op == 4) return a * b;
+  if (op == 5) return a * b * 2.0;
+  if (op == 6) return a * b * 4.0;
+  if (op == 7) return a + b;
+  if (op == 8) return a + b - 0.5;
+  if (op == 10) return a - b;
+  return diffuse;
+}
+
+// Without a texture the stage passes the vertex colour through, so that
+// untextured geometry keeps its colour and its alpha.
+vec4 vxFixedStage() {
+  vec4 diffuse = vColor;
+  if (vxHasTexture == 0) return clamp(diffuse, 0.0, 1.0);
+  vec4 tex = texture(samtex, vTexCoord);
+  vec4 c = vxOp(vxColorOp, vxArg(vxColorArg1, diffuse, tex), vxArg(vxColorArg2, diffuse, tex), diffuse);
+  vec4 a = vxOp(vxAlphaOp, vxArg(vxAlphaArg1, diffuse, tex), vxArg(vxAlphaArg2, diffuse, tex), diffuse);
+  return clamp(vec4(c.rgb, a.a), 0.0, 1.0);
+}
+
+bool vxPasses(vec4 c) {
+  if (vxAlphaTest == 0) return true;
+  int a = int(clamp(c.a, 0.0, 1.0) * 255.0 + 0.5);
+  if (vxAlphaFunc == 1) return false;
+  if (vxAlphaFunc == 2) return a < vxAlphaRef;
+  if (vxAlphaFunc == 3) return a == vxAlphaRef;
+  if (vxAlphaFunc == 4) return a <= vxAlphaRef;
+  if (vxAlphaFunc == 5) return a > vxAlphaRef;
+  if (vxAlphaFunc == 6) return a != vxAlphaRef;
+  if (vxAlphaFunc == 7) return a >= vxAlphaRef;
+  return true;
+}
+)GLSL";
+
+}  // namespace
+
+// ---- programs
+
+struct GLProgram {
+  GLuint id = 0;
+  std::vector<GLint> locations;            // by effect parameter
+  std::vector<uint32_t> uploaded;          // parameter versions sent
+  uint64_t pixelStateSent = ~uint64_t{0};  // the device's pixel-stage serial
+  GLint colorOp, colorArg1, colorArg2, alphaOp, alphaArg1, alphaArg2;
+  GLint hasTexture, alphaTest, alphaFunc, alphaRef;
+};
+
+class GLDevice;
+
+class GLEffect : public EffectCore {
+ public:
+  GLEffect(GLDevice* device, EffectSource source);
+  ~GLEffect() override;
+  // Builds every technique's program; false with the compiler's log.
+  bool build(std::string* errors);
+
+ protected:
+  HRESULT bindTechnique(int technique) override;
+  void unbindTechnique() override;
+  bool techniqueBuilt(int technique) const override { return programs_[technique][0] != nullptr; }
+
+ private:
+  GLProgram* program(int technique, bool flat, std::string* errors);
+  GLuint compile(GLenum stage, const std::string& text, std::string* errors);
+
+  GLDevice* gl_;
+  // [technique][flat]
+  std::vector<std::array<std::unique_ptr<GLProgram>, 2>> programs_;
+};
+
+class GLDevice : public StateDevice {
+ public:
+  GLDevice(SDL_Window* window, SDL_GLContext context, const PresentParameters& parameters);
+  ~GLDevice() override;
+
+  HRESULT getDeviceCaps(Caps& out) override {
+    out = glCaps();
+    return OK;
   }
-  HRESULT createDevice(uint32_t, int32_t, uint32_t, uint32_t, PresentParameters&,
-                       Device** out) override {
+  HRESULT testCooperativeLevel() override { return OK; }
+  HRESULT reset(PresentParameters& parameters) override;
+  HRESULT present() override;
+  HRESULT beginScene() override;
+  HRESULT endScene() override;
+  HRESULT getBackBuffer(uint32_t, uint32_t, Surface** out) override {
+    backBuffer_->addRef();
+    *out = backBuffer_;
+    return OK;
+  }
+  HRESULT getDepthStencilSurface(Surface** out) override {
+    *out = depthSurface_;
+    if (!depthSurface_) return kNotAvailable;
+    depthSurface_->addRef();
+    return OK;
+  }
+  HRESULT setRenderTarget(uint32_t index, Surface* target) override {
+    return index == 0 && target == backBuffer_ ? OK : kNotAvailable;
+  }
+  HRESULT setDepthStencilSurface(Surface* surface) override {
+    return surface == depthSurface_ ? OK : kNotAvailable;
+  }
+  HRESULT createDepthStencilSurface(uint32_t, uint32_t, int32_t, int32_t, uint32_t, bool,
+                                    Surface** out) override {
     *out = nullptr;
     return kNotAvailable;
+  }
+  HRESULT createOffscreenPlainSurface(uint32_t width, uint32_t height, int32_t format, int32_t pool,
+                                      Surface** out) override {
+    SurfaceDesc d;
+    d.format = format;
+    d.pool = pool;
+    d.width = width;
+    d.height = height;
+    *out = new MemorySurface(d);
+    return OK;
+  }
+  HRESULT getRenderTargetData(Surface* target, Surface* destination) override;
+  HRESULT createTexture(uint32_t, uint32_t, uint32_t, uint32_t, int32_t, int32_t,
+                        Texture** out) override {
+    *out = nullptr;
+    return kNotAvailable;
+  }
+  HRESULT createVertexBuffer(uint32_t size, uint32_t usage, uint32_t fvf, int32_t pool,
+                             VertexBuffer** out) override {
+    *out = new MemoryVertexBuffer(BufferDesc{FMT_UNKNOWN, usage, pool, size, fvf});
+    return OK;
+  }
+  HRESULT createIndexBuffer(uint32_t size, uint32_t usage, int32_t format, int32_t pool,
+                            IndexBuffer** out) override {
+    *out = new MemoryIndexBuffer(BufferDesc{format, usage, pool, size, 0});
+    return OK;
+  }
+  HRESULT createEffect(const char* text, std::size_t length, Effect** out,
+                       std::string* errors) override;
+  HRESULT clear(uint32_t count, const Rect* rects, uint32_t flags, uint32_t color, float z,
+                uint32_t stencil) override;
+  HRESULT drawPrimitiveUP(int32_t type, uint32_t count, const void* vertices,
+                          uint32_t stride) override;
+  HRESULT drawPrimitive(int32_t, uint32_t, uint32_t) override { return kNotAvailable; }
+  HRESULT drawIndexedPrimitive(int32_t, int32_t, uint32_t, uint32_t, uint32_t, uint32_t) override {
+    return kNotAvailable;
+  }
+  HRESULT setTextureStageState(uint32_t stage, uint32_t type, uint32_t value) override {
+    ++pixelSerial_;
+    return StateDevice::setTextureStageState(stage, type, value);
+  }
+  HRESULT setRenderState(uint32_t state, uint32_t value) override {
+    if (dirtyBitsOfRenderState(state) & DIRTY_PIXEL_STAGE) ++pixelSerial_;
+    return StateDevice::setRenderState(state, value);
+  }
+
+  static Caps glCaps() {
+    Caps c;
+    c.vertexShaderVersion = vsVersion(3, 0);
+    c.pixelShaderVersion = psVersion(3, 0);
+    return c;
+  }
+
+  void makeCurrent() {
+    if (SDL_GL_GetCurrentContext() != context_) SDL_GL_MakeCurrent(window_, context_);
+  }
+  void useProgram(GLProgram* program) {
+    program_ = program;
+    glUseProgram(program ? program->id : 0);
+  }
+  bool flatShading() const { return state_.renderStates[RS_SHADEMODE] == SHADE_FLAT; }
+
+ protected:
+  void flushState();
+  void sendPixelStage();
+  // Points the attributes at the bound buffer by the FVF or declaration.
+  void bindLayout(uint32_t stride);
+  void makeSurfaces();
+
+ private:
+  SDL_Window* window_;
+  SDL_GLContext context_;
+  PresentParameters parameters_;
+  WindowSurface* backBuffer_ = nullptr;
+  WindowSurface* depthSurface_ = nullptr;
+  int width_ = 0, height_ = 0;
+  GLuint vao_ = 0, vbo_ = 0;
+  GLProgram* program_ = nullptr;
+  uint64_t pixelSerial_ = 1;
+  bool inScene_ = false;
+};
+
+// ---- GLEffect
+
+GLEffect::GLEffect(GLDevice* device, EffectSource source)
+    : EffectCore(device, std::move(source)), gl_(device), programs_(source_.techniques.size()) {}
+
+GLEffect::~GLEffect() {
+  gl_->makeCurrent();
+  gl_->useProgram(nullptr);
+  for (auto& pair : programs_)
+    for (auto& p : pair)
+      if (p) glDeleteProgram(p->id);
+}
+
+GLuint GLEffect::compile(GLenum stage, const std::string& text, std::string* errors) {
+  GLuint shader = glCreateShader(stage);
+  const char* src = text.c_str();
+  glShaderSource(shader, 1, &src, nullptr);
+  glCompileShader(shader);
+  GLint ok = 0;
+  glGetShaderiv(shader, GL_COMPILE_STATUS, &ok);
+  if (!ok) {
+    char log[2048];
+    glGetShaderInfoLog(shader, sizeof log, nullptr, log);
+    if (errors) *errors += log;
+    glDeleteShader(shader);
+    return 0;
+  }
+  return shader;
+}
+
+GLProgram* GLEffect::program(int t, bool flat, std::string* errors) {
+  auto& slot = programs_[t][flat ? 1 : 0];
+  if (slot) return slot.get();
+  const EffectTechnique& tech = source_.techniques[t];
+  const EffectShader* vs = source_.shader(tech.vertexShader);
+  const EffectShader* ps = tech.pixelShader.empty() ? nullptr : source_.shader(tech.pixelShader);
+  if (!vs) return nullptr;
+  const std::string head =
+      std::string("#version 330 core\n#define SHADE ") + (flat ? "flat" : "smooth") + "\n";
+  const std::string vertex =
+      head +
+      "#define VERTEX 1\n"
+      "layout(location = 0) in vec4 aPosition;\nlayout(location = 1) in vec4 aColor;\n"
+      "layout(location = 2) in vec2 aTexCoord;\nlayout(location = 3) in vec4 aWeight;\n" +
+      source_.text + "\nvoid main() {\n  emit(" + source_.vertexCall(*vs) +
+      ");\n  // Direct3D's depth runs from 0 to 1.\n"
+      "  gl_Position.z = 2.0 * gl_Position.z - gl_Position.w;\n}\n";
+  const std::string fragment = head + source_.text + kPixelStage + "\nvoid main() {\n  vec4 c = " +
+                               (ps ? source_.pixelCall(*ps) : std::string("vxFixedStage()")) +
+                               ";\n  if (!vxPasses(c)) discard;\n  vxFragColor = c;\n}\n";
+  const GLuint v = compile(GL_VERTEX_SHADER, vertex, errors);
+  const GLuint f = v ? compile(GL_FRAGMENT_SHADER, fragment, errors) : 0;
+  if (!v || !f) {
+    if (v) glDeleteShader(v);
+    if (errors) *errors = "technique " + tech.name + ": " + *errors;
+    return nullptr;
+    return nullptr;
+  }
+  auto p = std::make_unique<GLProgram>();
+  p->id = glCreateProgram();
+  glAttachShader(p->id, v);
+  glAttachShader(p->id, f);
+  glLinkProgram(p->id);
+  glDeleteShader(v);
+  glDeleteShader(f);
+  GLint ok = 0;
+  glGetProgramiv(p->id, GL_LINK_STATUS, &ok);
+  if (!ok) {
+    char log[2048];
+    glGetProgramInfoLog(p->id, sizeof log, nullptr, log);
+    if (errors) *errors += "technique " + tech.name + ": " + log;
+    glDeleteProgram(p->id);
+    return nullptr;
+  }
+  for (const auto& param : source_.parameters) {
+    p->locations.push_back(glGetUniformLocation(p->id, param.name.c_str()));
+    p->uploaded.push_back(0);
+  }
+  p->colorOp = glGetUniformLocation(p->id, "vxColorOp");
+  p->colorArg1 = glGetUniformLocation(p->id, "vxColorArg1");
+  p->colorArg2 = glGetUniformLocation(p->id, "vxColorArg2");
+  p->alphaOp = glGetUniformLocation(p->id, "vxAlphaOp");
+  p->alphaArg1 = glGetUniformLocation(p->id, "vxAlphaArg1");
+  p->alphaArg2 = glGetUniformLocation(p->id, "vxAlphaArg2");
+  p->hasTexture = glGetUniformLocation(p->id, "vxHasTexture");
+  p->alphaTest = glGetUniformLocation(p->id, "vxAlphaTest");
+  p->alphaFunc = glGetUniformLocation(p->id, "vxAlphaFunc");
+  p->alphaRef = glGetUniformLocation(p->id, "vxAlphaRef");
+  glUseProgram(p->id);
+  for (const auto& s : source_.samplers) {
+    const GLint at = glGetUniformLocation(p->id, s.name.c_str());
+    if (at >= 0) glUniform1i(at, s.unit);
+  }
+  slot = std::move(p);
+  return slot.get();
+}
+
+bool GLEffect::build(std::string* errors) {
+  gl_->makeCurrent();
+  bool ok = true;
+  for (std::size_t t = 0; t < programs_.size(); ++t)
+    if (!program(static_cast<int>(t), false, errors)) ok = false;
+  gl_->useProgram(nullptr);
+  return ok;
+}
+
+HRESULT GLEffect::bindTechnique(int t) {
+  gl_->makeCurrent();
+  GLProgram* p = program(t, gl_->flatShading(), nullptr);
+  if (!p) return kFail;
+  gl_->useProgram(p);
+  for (std::size_t i = 0; i < source_.parameters.size(); ++i) {
+    const int index = static_cast<int>(i);
+    if (p->locations[i] < 0 || p->uploaded[i] == version(index)) continue;
+    p->uploaded[i] = version(index);
+    const EffectParameter& param = source_.parameters[i];
+    const GLsizei n = static_cast<GLsizei>(param.elements ? param.elements : 1);
+    const float* v = values(index);
+    switch (param.type) {
+      case PT_FLOAT:
+        glUniform1fv(p->locations[i], n, v);
+        break;
+      case PT_VECTOR:
+        glUniform4fv(p->locations[i], n, v);
+        break;
+      case PT_MATRIX:
+        // Rows arrive in order; GLSL reads each row as a column, which the
+        // text's mul() accounts for.
+        if (param.columns == 3)
+          glUniformMatrix4x3fv(p->locations[i], n, GL_FALSE, v);
+        else
+          glUniformMatrix4fv(p->locations[i], n, GL_FALSE, v);
+        break;
+      default:
+        break;
+    }
+  }
+  return OK;
+}
+
+void GLEffect::unbindTechnique() {
+  gl_->useProgram(nullptr);
+}
+
+// ---- GLDevice
+
+GLDevice::GLDevice(SDL_Window* window, SDL_GLContext context, const PresentParameters& parameters)
+    : window_(window), context_(context), parameters_(parameters) {
+  makeCurrent();
+  glGenVertexArrays(1, &vao_);
+  glBindVertexArray(vao_);
+  glGenBuffers(1, &vbo_);
+  // Flat shading takes the first vertex of a triangle, as Direct3D does.
+  glProvokingVertex(GL_FIRST_VERTEX_CONVENTION);
+  makeSurfaces();
+}
+
+GLDevice::~GLDevice() {
+  makeCurrent();
+  releaseState(state_);
+  releaseAndNull(backBuffer_);
+  releaseAndNull(depthSurface_);
+  glDeleteBuffers(1, &vbo_);
+  glDeleteVertexArrays(1, &vao_);
+  SDL_GL_MakeCurrent(window_, nullptr);
+  SDL_GL_DeleteContext(context_);
+}
+
+void GLDevice::makeSurfaces() {
+  releaseAndNull(backBuffer_);
+  releaseAndNull(depthSurface_);
+  SDL_GL_GetDrawableSize(window_, &width_, &height_);
+  SurfaceDesc d;
+  d.format =
+      parameters_.backBufferFormat == FMT_UNKNOWN ? FMT_X8R8G8B8 : parameters_.backBufferFormat;
+  d.usage = USAGE_RENDERTARGET;
+  d.width = static_cast<uint32_t>(width_);
+  d.height = static_cast<uint32_t>(height_);
+  backBuffer_ = new WindowSurface(d);
+  if (parameters_.enableAutoDepthStencil) {
+    d.format = parameters_.autoDepthStencilFormat;
+    d.usage = USAGE_DEPTHSTENCIL;
+    depthSurface_ = new WindowSurface(d);
+  }
+  setDefaultState(d.width, d.height, parameters_.enableAutoDepthStencil);
+  ++pixelSerial_;
+}
+
+HRESULT GLDevice::reset(PresentParameters& parameters) {
+  makeCurrent();
+  parameters_ = parameters;
+  inScene_ = false;
+  makeSurfaces();
+  return OK;
+}
+
+HRESULT GLDevice::present() {
+  makeCurrent();
+  SDL_GL_SwapWindow(window_);
+  return OK;
+}
+
+HRESULT GLDevice::beginScene() {
+  if (inScene_) return kInvalidCall;
+  makeCurrent();
+  inScene_ = true;
+  return OK;
+}
+
+HRESULT GLDevice::endScene() {
+  if (!inScene_) return kInvalidCall;
+  inScene_ = false;
+  return OK;
+}
+
+HRESULT GLDevice::createEffect(const char* text, std::size_t length, Effect** out,
+                               std::string* errors) {
+  *out = nullptr;
+  EffectSource source;
+  if (!source.parse(text, length, errors)) return kFail;
+  auto* effect = new GLEffect(this, std::move(source));
+  if (!effect->build(errors)) {
+    effect->release();
+    return kFail;
+  }
+  *out = effect;
+  return OK;
+}
+
+HRESULT GLDevice::getRenderTargetData(Surface* target, Surface* destination) {
+  if (target != backBuffer_) return kInvalidCall;
+  auto* to = static_cast<MemorySurface*>(destination);
+  const SurfaceDesc& d = to->desc();
+  if (d.width != static_cast<uint32_t>(width_) || d.height != static_cast<uint32_t>(height_) ||
+      bytesPerPixel(d.format) != 4)
+    return kInvalidCall;
+  makeCurrent();
+  glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+  glPixelStorei(GL_PACK_ALIGNMENT, 4);
+  // GL's rows run bottom up; a surface's top down. BGRA bytes are A8R8G8B8
+  // words in memory.
+  for (int y = 0; y < height_; ++y)
+    glReadPixels(0, height_ - 1 - y, width_, 1, GL_BGRA, GL_UNSIGNED_BYTE,
+                 to->bits() + static_cast<std::ptrdiff_t>(y) * to->pitch());
+  return OK;
+}
+
+HRESULT GLDevice::clear(uint32_t, const Rect*, uint32_t flags, uint32_t color, float z,
+                        uint32_t stencil) {
+  makeCurrent();
+  // The whole target, whatever the scissor and write masks say.
+  glDisable(GL_SCISSOR_TEST);
+  GLbitfield bits = 0;
+  if (flags & CLEAR_TARGET) {
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glClearColor(((color >> 16) & 0xFF) / 255.0f, ((color >> 8) & 0xFF) / 255.0f,
+                 (color & 0xFF) / 255.0f, (color >> 24) / 255.0f);
+    bits |= GL_COLOR_BUFFER_BIT;
+  }
+  if (flags & CLEAR_ZBUFFER) {
+    glDepthMask(GL_TRUE);
+    glClearDepth(z);
+    bits |= GL_DEPTH_BUFFER_BIT;
+  }
+  if (flags & CLEAR_STENCIL) {
+    glStencilMask(0xFF);
+    glClearStencil(static_cast<GLint>(stencil));
+    bits |= GL_STENCIL_BUFFER_BIT;
+  }
+  glClear(bits);
+  dirty_ |= DIRTY_SCISSOR | DIRTY_COLOR_MASK | DIRTY_DEPTH | DIRTY_STENCIL;
+  return OK;
+}
+
+void GLDevice::flushState() {
+  const uint32_t* rs = state_.renderStates;
+  const uint32_t d = dirty_;
+  dirty_ = 0;
+  if (d & DIRTY_BLEND) {
+    if (rs[RS_ALPHABLENDENABLE])
+      glEnable(GL_BLEND);
+    else
+      glDisable(GL_BLEND);
+    glBlendFunc(blendOf(rs[RS_SRCBLEND]), blendOf(rs[RS_DESTBLEND]));
+    glBlendEquation(blendOpOf(rs[RS_BLENDOP]));
+  }
+  if (d & DIRTY_DEPTH) {
+    if (rs[RS_ZENABLE])
+      glEnable(GL_DEPTH_TEST);
+    else
+      glDisable(GL_DEPTH_TEST);
+    glDepthMask(rs[RS_ZWRITEENABLE] ? GL_TRUE : GL_FALSE);
+    glDepthFunc(compareOf(rs[RS_ZFUNC]));
+  }
+  if (d & DIRTY_STENCIL) {
+    if (rs[RS_STENCILENABLE])
+      glEnable(GL_STENCIL_TEST);
+    else
+      glDisable(GL_STENCIL_TEST);
+    glStencilFunc(compareOf(rs[RS_STENCILFUNC]), static_cast<GLint>(rs[RS_STENCILREF]),
+                  rs[RS_STENCILMASK]);
+    glStencilOp(stencilOpOf(rs[RS_STENCILFAIL]), stencilOpOf(rs[RS_STENCILZFAIL]),
+                stencilOpOf(rs[RS_STENCILPASS]));
+    glStencilMask(rs[RS_STENCILWRITEMASK]);
+  }
+  if (d & DIRTY_RASTER) {
+    // Winding is judged on screen in both, so the cull modes carry over.
+    if (rs[RS_CULLMODE] == CULL_NONE) {
+      glDisable(GL_CULL_FACE);
+    } else {
+      glEnable(GL_CULL_FACE);
+      glCullFace(GL_BACK);
+      glFrontFace(rs[RS_CULLMODE] == CULL_CW ? GL_CCW : GL_CW);
+    }
+    glPolygonMode(GL_FRONT_AND_BACK, rs[RS_FILLMODE] == FILL_POINT       ? GL_POINT
+                                     : rs[RS_FILLMODE] == FILL_WIREFRAME ? GL_LINE
+                                                                         : GL_FILL);
+    const float bias = asFloat(rs[RS_DEPTHBIAS]), slope = asFloat(rs[RS_SLOPESCALEDEPTHBIAS]);
+    if (bias != 0.0f || slope != 0.0f) {
+      glEnable(GL_POLYGON_OFFSET_FILL);
+      glEnable(GL_POLYGON_OFFSET_LINE);
+      // The bias is in depth units; GL counts steps of a 24-bit buffer.
+      glPolygonOffset(slope, bias * 16777216.0f);
+    } else {
+      glDisable(GL_POLYGON_OFFSET_FILL);
+      glDisable(GL_POLYGON_OFFSET_LINE);
+    }
+  }
+  if (d & DIRTY_SCISSOR) {
+    if (rs[RS_SCISSORTESTENABLE])
+      glEnable(GL_SCISSOR_TEST);
+    else
+      glDisable(GL_SCISSOR_TEST);
+    const Rect& r = state_.scissor;
+    glScissor(r.left, height_ - r.bottom, r.right - r.left, r.bottom - r.top);
+  }
+  if (d & DIRTY_VIEWPORT) {
+    const Viewport& v = state_.viewport;
+    glViewport(static_cast<GLint>(v.x),
+               height_ - static_cast<GLint>(v.y) - static_cast<GLint>(v.height),
+               static_cast<GLsizei>(v.width), static_cast<GLsizei>(v.height));
+    glDepthRange(v.minZ, v.maxZ);
+  }
+  if (d & DIRTY_COLOR_MASK) {
+    const uint32_t m = rs[RS_COLORWRITEENABLE];
+    glColorMask(m & 1, (m >> 1) & 1, (m >> 2) & 1, (m >> 3) & 1);
+  }
+}
+
+void GLDevice::sendPixelStage() {
+  GLProgram* p = program_;
+  if (p->pixelStateSent == pixelSerial_) return;
+  p->pixelStateSent = pixelSerial_;
+  const uint32_t* ts = state_.stageStates[0];
+  const uint32_t* rs = state_.renderStates;
+  glUniform1i(p->colorOp, static_cast<GLint>(ts[TSS_COLOROP]));
+  glUniform1i(p->colorArg1, static_cast<GLint>(ts[TSS_COLORARG1]));
+  glUniform1i(p->colorArg2, static_cast<GLint>(ts[TSS_COLORARG2]));
+  glUniform1i(p->alphaOp, static_cast<GLint>(ts[TSS_ALPHAOP]));
+  glUniform1i(p->alphaArg1, static_cast<GLint>(ts[TSS_ALPHAARG1]));
+  glUniform1i(p->alphaArg2, static_cast<GLint>(ts[TSS_ALPHAARG2]));
+  glUniform1i(p->hasTexture, 0);
+  glUniform1i(p->alphaTest, rs[RS_ALPHATESTENABLE] ? 1 : 0);
+  glUniform1i(p->alphaFunc, static_cast<GLint>(rs[RS_ALPHAFUNC]));
+  glUniform1i(p->alphaRef, static_cast<GLint>(rs[RS_ALPHAREF] & 0xFF));
+}
+
+void GLDevice::bindLayout(uint32_t stride) {
+  bool present[4] = {};
+  auto attribute = [&](GLuint slot, GLint size, GLenum type, GLboolean normalized,
+                       std::size_t offset) {
+    present[slot] = true;
+    glEnableVertexAttribArray(slot);
+    glVertexAttribPointer(slot, size, type, normalized, static_cast<GLsizei>(stride),
+                          reinterpret_cast<const void*>(offset));
+  };
+  if (state_.declaration) {
+    for (const VertexElement* e = elementsOf(state_.declaration); e->stream != 0xFF; ++e) {
+      if (e->stream != 0) continue;
+      GLuint slot;
+      switch (e->usage) {
+        case DECLUSAGE_POSITION:
+          slot = A_POSITION;
+          break;
+        case DECLUSAGE_COLOR:
+          slot = A_COLOR;
+          break;
+        case DECLUSAGE_TEXCOORD:
+          slot = A_TEXCOORD;
+          break;
+        case DECLUSAGE_BLENDWEIGHT:
+          slot = A_WEIGHT;
+          break;
+        default:
+          continue;
+      }
+      if (e->type == DECLTYPE_D3DCOLOR)
+        attribute(slot, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, e->offset);
+      else if (e->type <= DECLTYPE_FLOAT4)
+        attribute(slot, e->type + 1, GL_FLOAT, GL_FALSE, e->offset);
+    }
+  } else {
+    const uint32_t fvf = state_.fvf;
+    std::size_t offset = 0;
+    if (fvf & FVF_XYZ) attribute(A_POSITION, 3, GL_FLOAT, GL_FALSE, offset), offset += 12;
+    if (fvf & FVF_NORMAL) offset += 12;
+    // A D3DCOLOR is read as BGRA: x gets the third byte, as Direct3D gives it.
+    if (fvf & FVF_DIFFUSE)
+      attribute(A_COLOR, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, offset), offset += 4;
+    if (fvf & FVF_TEX1) attribute(A_TEXCOORD, 2, GL_FLOAT, GL_FALSE, offset);
+  }
+  for (GLuint slot = 0; slot < 4; ++slot)
+    if (!present[slot]) glDisableVertexAttribArray(slot);
+}
+
+HRESULT GLDevice::drawPrimitiveUP(int32_t type, uint32_t count, const void* vertices,
+                                  uint32_t stride) {
+  // Every draw runs inside an effect pass; the device has no program of its own.
+  if (!program_ || count == 0) return program_ ? OK : kInvalidCall;
+  makeCurrent();
+  flushState();
+  sendPixelStage();
+  const int n = verticesFor(type, count);
+  glBindVertexArray(vao_);
+  glBindBuffer(GL_ARRAY_BUFFER, vbo_);
+  glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(n) * stride, vertices, GL_STREAM_DRAW);
+  bindLayout(stride);
+  glDrawArrays(primitiveOf(type), 0, n);
+  return OK;
+}
+
+// ---- GLDirect3D
+
+namespace {
+
+class GLDirect3D : public Direct3D {
+ public:
+  HRESULT getAdapterDisplayMode(uint32_t adapter, DisplayMode& out) override {
+    if (!SDL_WasInit(SDL_INIT_VIDEO)) return kNotAvailable;
+    SDL_DisplayMode mode;
+    out = DisplayMode{};
+    if (SDL_GetDesktopDisplayMode(static_cast<int>(adapter), &mode) == 0) {
+      out.width = static_cast<uint32_t>(mode.w);
+      out.height = static_cast<uint32_t>(mode.h);
+      out.refreshRate = static_cast<uint32_t>(mode.refresh_rate);
+    }
+    out.format = FMT_X8R8G8B8;
+    return OK;
+  }
+  HRESULT getDeviceCaps(uint32_t, int32_t, Caps& out) override {
+    out = GLDevice::glCaps();
+    return OK;
+  }
+  HRESULT checkDeviceType(uint32_t, int32_t, int32_t, int32_t backBufferFormat, bool) override {
+    switch (backBufferFormat) {
+      case FMT_UNKNOWN:
+      case FMT_R8G8B8:
+      case FMT_A8R8G8B8:
+      case FMT_X8R8G8B8:
+        return OK;
+      default:
+        return kNotAvailable;
+    }
+  }
+  HRESULT checkDeviceFormat(uint32_t, int32_t, int32_t, uint32_t usage, int32_t,
+                            int32_t format) override {
+    if (usage & USAGE_DEPTHSTENCIL) return format == FMT_D24S8 ? OK : kNotAvailable;
+    return bytesPerPixel(format) ? OK : kNotAvailable;
+  }
+  HRESULT createDevice(uint32_t, int32_t, uint32_t focusWindow, uint32_t,
+                       PresentParameters& parameters, Device** out) override {
+    *out = nullptr;
+    SDL_Window* window =
+        SDL_GetWindowFromID(parameters.deviceWindow ? parameters.deviceWindow : focusWindow);
+    if (!window) return kInvalidCall;
+    SDL_GLContext context = SDL_GL_CreateContext(window);
+    if (!context) {
+      std::printf("GL context failed: %s\n", SDL_GetError());
+      return kNotAvailable;
+    }
+    *out = new GLDevice(window, context, parameters);
+    return OK;
   }
 };
 

@@ -1,0 +1,257 @@
+// Drawing through the OpenGL backend, checked on read-back pixels. Calls come
+// in the order Java makes them; coordinates are clip space (identity matrix),
+// pixels are addressed from the top left.
+#include <cstring>
+
+#include "gl_fixture.h"
+#include "platform/gfx/effect_core.h"
+
+// Mesa's driver keeps allocations past its unloading, where the leak checker
+// can no longer tell whose they are; leaks of our own code are checked by
+// graphics_tests on the recording device.
+extern "C" const char* __asan_default_options() {
+  return "detect_leaks=0";
+}
+
+namespace vostan::test {
+namespace {
+
+using namespace gfx;
+
+constexpr uint32_t kRed = 0xFFFF0000u, kGreen = 0xFF00FF00u, kBlue = 0xFF0000FFu,
+                   kBlack = 0xFF000000u;
+
+TEST_F(GLGraphicsTest, ClearColourIsRedGreenBlue) {
+  clearTo(1.0f, 0.5f, 0.25f);
+  EXPECT_EQ(at(10, 10), 0xFFFF7F3Fu);
+}
+
+TEST_F(GLGraphicsTest, TrianglesQuadsStripsAndFansLandWhereDrawn) {
+  clearTo(0, 0, 0);
+  // Top-left quadrant: a triangle over its upper left half.
+  g->color3f(1, 0, 0);
+  g->begin(4);
+  g->vertex2f(-1, 1);
+  g->vertex2f(0, 1);
+  g->vertex2f(-1, 0);
+  g->end();
+  // Top-right quadrant: a quad.
+  g->color3f(0, 1, 0);
+  quad(0, 0, 1, 1);
+  // Bottom-left: a strip of two triangles.
+  g->color3f(0, 0, 1);
+  g->begin(5);
+  g->vertex2f(-1, -1);
+  g->vertex2f(-1, 0);
+  g->vertex2f(0, -1);
+  g->vertex2f(0, 0);
+  g->end();
+  // Bottom-right: a fan round the square's corner.
+  g->color4ub(255, 255, 0, 255);
+  g->begin(6);
+  g->vertex2f(0, -1);
+  g->vertex2f(0, 0);
+  g->vertex2f(1, 0);
+  g->vertex2f(1, -1);
+  g->end();
+  const auto px = readBack();
+  auto p = [&](int x, int y) { return px[y * kSize + x] | 0xFF000000u; };
+  EXPECT_EQ(p(4, 4), kRed);
+  EXPECT_EQ(p(28, 28), kBlack);  // below the triangle's diagonal
+  EXPECT_EQ(p(36, 4), kGreen);
+  EXPECT_EQ(p(60, 28), kGreen);
+  EXPECT_EQ(p(4, 36), kBlue);
+  EXPECT_EQ(p(28, 60), kBlue);
+  EXPECT_EQ(p(36, 36), 0xFFFFFF00u);
+  EXPECT_EQ(p(60, 60), 0xFFFFFF00u);
+}
+
+TEST_F(GLGraphicsTest, GouraudBlendsAndFlatTakesTheFirstVertex) {
+  clearTo(0, 0, 0);
+  auto strip = [&] {
+    g->begin(8);  // quad strip: left edge red, right edge blue
+    g->color3f(1, 0, 0);
+    g->vertex2f(-1, 1);
+    g->vertex2f(-1, -1);
+    g->color3f(0, 0, 1);
+    g->vertex2f(1, 1);
+    g->vertex2f(1, -1);
+    g->end();
+  };
+  strip();
+  const uint32_t middle = at(32, 32);
+  EXPECT_TRUE(near(middle, 0xFF7F007F, 6)) << std::hex << middle;
+  g->shadeModel(7424);
+  strip();
+  // First triangle starts at a red vertex, the second at a red one as well.
+  EXPECT_EQ(at(40, 20), kRed);
+  EXPECT_EQ(at(60, 60), kRed);
+}
+
+TEST_F(GLGraphicsTest, BlendPresets) {
+  struct Case {
+    int mode;
+    uint32_t expected;
+  };
+  // Destination grey 0x40, source red 0xC0 with alpha 0x80 (about a half).
+  const Case cases[] = {
+      {1, 0xFF802020},  // src*a + dst*(1-a)
+      {2, 0xFFFF4040},  // src + dst, saturated
+      {3, 0xFF300000},  // src * dst
+      {4, 0xFFA04040},  // src*a + dst
+      {5, 0xFFE02020},  // src + dst*a
+  };
+  for (const Case& c : cases) {
+    clearTo(0x40 / 255.0f, 0x40 / 255.0f, 0x40 / 255.0f);
+    g->setEnable(3042, true);
+    g->setBlend(c.mode);
+    g->color4ub(0xC0, 0, 0, 0x80);
+    quad(-1, -1, 1, 1);
+    g->setEnable(3042, false);
+    EXPECT_TRUE(near(at(32, 32), c.expected)) << "preset " << c.mode;
+  }
+}
+
+TEST_F(GLGraphicsTest, AlphaTestDropsWhatFails) {
+  clearTo(0, 0, 0);
+  g->setEnable(3008, true);
+  g->alphaFunc(516, 0.5f);  // greater than 127
+  g->color4ub(255, 0, 0, 0x7F);
+  quad(-1, -1, 0, 1);
+  g->color4ub(0, 255, 0, 0x80);
+  quad(0, -1, 1, 1);
+  EXPECT_EQ(at(16, 32), kBlack);
+  EXPECT_EQ(at(48, 32), kGreen);
+  g->setEnable(3008, false);
+  g->color4ub(255, 0, 0, 0);
+  quad(-1, -1, 0, 1);
+  EXPECT_EQ(at(16, 32), kRed);
+}
+
+TEST_F(GLGraphicsTest, DepthTestKeepsTheNearer) {
+  clearTo(0, 0, 0);
+  g->setEnable(2929, true);
+  g->depthFunc(513);
+  g->color3f(1, 0, 0);
+  quad(-1, -1, 1, 1, 0.5f);
+  g->color3f(0, 1, 0);
+  quad(-1, -1, 1, 1, 0.7f);  // behind
+  EXPECT_EQ(at(32, 32), kRed);
+  g->color3f(0, 0, 1);
+  quad(-1, -1, 0, 1, 0.3f);  // in front
+  EXPECT_EQ(at(16, 32), kBlue);
+  EXPECT_EQ(at(48, 32), kRed);
+  g->depthMask(false);
+  g->color3f(0, 1, 0);
+  quad(-1, -1, 1, 1, 0.1f);  // drawn, depth kept
+  g->depthMask(true);
+  g->color3f(1, 1, 1);
+  quad(-1, -1, 1, 1, 0.4f);
+  EXPECT_EQ(at(16, 32), kGreen);
+  EXPECT_EQ(at(48, 32), 0xFFFFFFFFu);
+}
+
+TEST_F(GLGraphicsTest, ScissorAndViewportCountFromTheBottomLeft) {
+  clearTo(0, 0, 0);
+  g->scissor(0, 0, 32, 16);  // the bottom quarter's left half
+  g->color3f(1, 0, 0);
+  quad(-1, -1, 1, 1);
+  EXPECT_EQ(at(10, 60), kRed);
+  EXPECT_EQ(at(10, 40), kBlack);
+  EXPECT_EQ(at(40, 60), kBlack);
+  g->scissor(0, 0, 0, 0);
+  // Clearing ignores the scissor.
+  g->scissor(0, 0, 8, 8);
+  clearTo(0, 0, 1);
+  EXPECT_EQ(at(40, 10), kBlue);
+  g->scissor(0, 0, 0, 0);
+
+  g->viewPort(32, 0, 32, 32);  // bottom right quadrant
+  g->color3f(0, 1, 0);
+  quad(-1, -1, 1, 1);
+  EXPECT_EQ(at(48, 48), kGreen);
+  EXPECT_EQ(at(48, 16), kBlue);
+  EXPECT_EQ(at(16, 48), kBlue);
+}
+
+TEST_F(GLGraphicsTest, CullingJudgesWindingOnScreen) {
+  clearTo(0, 0, 0);
+  g->setEnable(2884, true);
+  g->cullFace(1028);  // front: counter-clockwise faces go
+  g->color3f(1, 0, 0);
+  g->begin(4);  // clockwise on screen
+  g->vertex2f(-1, 1);
+  g->vertex2f(1, 1);
+  g->vertex2f(-1, -1);
+  g->end();
+  g->color3f(0, 1, 0);
+  g->begin(4);  // counter-clockwise on screen
+  g->vertex2f(1, 1);
+  g->vertex2f(-1, -1);
+  g->vertex2f(1, -1);
+  g->end();
+  g->setEnable(2884, false);
+  EXPECT_EQ(at(8, 8), kRed);
+  EXPECT_EQ(at(56, 56), kBlack);
+}
+
+TEST_F(GLGraphicsTest, PushPopRestoresTheDeviceState) {
+  clearTo(0, 0, 0);
+  g->pushAttrib();
+  g->scissor(0, 0, 1, 1);
+  g->setEnable(3042, true);
+  g->setBlend(2);
+  g->popAttrib();
+  g->color3f(0, 0, 1);
+  quad(-1, -1, 1, 1);
+  g->color3f(1, 0, 0);
+  quad(-1, -1, 1, 1);
+  EXPECT_EQ(at(32, 32), kRed);  // neither blended nor scissored
+}
+
+// Points through tec1w land where the weighted bones put them.
+TEST_F(GLGraphicsTest, SkinningWeighsBonesByTheFractions) {
+  auto translate = [](float x, float y) {
+    return std::vector<float>{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, x, y, 0, 1};
+  };
+  const float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+  for (int bone = 0; bone < 29; ++bone) g->setMatrix(20 + bone, identity);
+  g->setMatrix(20 + 3, translate(0.8f, 0.0f).data());
+  g->setMatrix(20 + 7, translate(-0.4f, 0.4f).data());
+
+  const VertexElement elements[] = {{0, 0, DECLTYPE_FLOAT3, 0, DECLUSAGE_POSITION, 0},
+                                    {0, 12, DECLTYPE_FLOAT4, 0, DECLUSAGE_BLENDWEIGHT, 0},
+                                    kDeclEnd};
+  VertexDeclaration* declaration = nullptr;
+  ASSERT_EQ(g->device->createVertexDeclaration(elements, &declaration), OK);
+  struct Point {
+    float x, y, z, w[4];
+  };
+  auto draw = [&](const Point& p) {
+    clearTo(0, 0, 0);
+    Effect* e = g->effect;
+    e->setTechnique(g->techniques[D3DGraphics::TEC1W]);
+    const float white[4] = {1, 1, 1, 1};
+    e->setFloatArray(g->unicolorHandle, white, 4);
+    e->begin(nullptr, 0);
+    e->beginPass(0);
+    g->device->setVertexDeclaration(declaration);
+    g->device->drawPrimitiveUP(PT_POINTLIST, 1, &p, sizeof p);
+    e->endPass();
+    e->end();
+  };
+  auto lit = [&](int x, int y) { return at(x, y) == 0xFFFFFFFFu; };
+
+  // 0.25 of (0.8, 0) and 0.75 of (-0.4, 0.4): (-0.1, 0.3), pixel (28.8, 22.4).
+  draw({0, 0, 0, {3.25f, 7.75f, 0, 0}});
+  EXPECT_TRUE(lit(28, 22));
+  EXPECT_FALSE(lit(32, 32));
+  // Shares that add up to a half pull the point half way to the origin.
+  draw({0.8f, 0.8f, 0, {1.25f, 2.25f, 0, 0}});
+  EXPECT_TRUE(lit(44, 19));
+  EXPECT_FALSE(lit(57, 6));
+  declaration->release();
+}
+
+}  // namespace
+}  // namespace vostan::test
