@@ -1,6 +1,5 @@
-// Natives of GLGraphics and GLArray whose work comes with the native arrays,
-// the texture store and render targets. Until then they answer 0 or null and
-// change nothing.
+// Natives of GLGraphics and GLArray whose work comes with the native arrays
+// and render targets. Until then they answer 0 or null and change nothing.
 #include <jni.h>
 
 #define GL_NATIVE(ret, name) extern "C" JNIEXPORT ret JNICALL Java_mirelo_gfx_GLGraphics_n_1##name
@@ -24,18 +23,6 @@ ARRAY_NATIVE(void, memcpy__Ljava_lang_Object_2JIII)
 (JNIEnv*, jclass, jobject, jlong, jint, jint, jint) {}
 ARRAY_NATIVE(void, memcpy__JLjava_lang_Object_2III)
 (JNIEnv*, jclass, jlong, jobject, jint, jint, jint) {}
-
-// Texture store
-GL_NATIVE(jint, mglCreateTexture)(JNIEnv*, jclass) {
-  return 0;
-}
-GL_NATIVE(void, mglDeleteTexture)(JNIEnv*, jclass, jint) {}
-GL_NATIVE(void, mglBindTexture)(JNIEnv*, jclass, jint) {}
-GL_NATIVE(void, mglTexImage2D)
-(JNIEnv*, jclass, jint, jint, jint, jint, jint, jint, jint, jint, jint, jobject) {}
-GL_NATIVE(void, mglTexSubImage2D)
-(JNIEnv*, jclass, jint, jint, jint, jint, jint, jint, jint, jint, jobject) {}
-GL_NATIVE(void, mglReadPixels)(JNIEnv*, jclass, jint, jint, jint, jint, jint, jint, jobject) {}
 
 // Render to texture and shadows
 GL_NATIVE(void, mglStartRenderTexture)(JNIEnv*, jclass, jint, jint, jint, jint, jint, jint) {}
