@@ -134,6 +134,37 @@ TEST_F(MovieShapeTest, CountEscapeHoldsInEveryShapeBlock) {
   EXPECT_EQ(types(shape), std::vector<int>{ddRecordEnd});
 }
 
+TEST_F(MovieShapeTest, StylesPastTheEndOfTheDataReadAsZeros) {
+  // The file ends inside the fill array: the rest are fills read from zeros,
+  // opaque black without alpha and transparent with it.
+  for (int type : {2, 32}) {
+    SCOPED_TRACE(type);
+    swf::Writer w;
+    w.u16(1);
+    w.rect(0, 10, 0, 10);
+    w.u8(255);
+    w.u16(1000);
+    w.u8(0);
+    if (type == 32)
+      w.rgba(9, 9, 9, 9);
+    else
+      w.rgb(9, 9, 9);
+    swf::Writer head;
+    head.u16(uint32_t(type << 6) | 63);
+    head.u32(5000);
+    Bytes file = swf::movie(swf::concat({head.bytes, w.bytes}));
+    ddStream* s = parse(file);
+    auto* c = reinterpret_cast<ddShapeCharacter*>(ddDictionary_get(s->root, 1));
+    ASSERT_NE(c, nullptr);
+    ASSERT_EQ(c->shape->fillCount, 1000);
+    EXPECT_EQ(c->shape->fills[0].data.color, type == 32 ? 0x09090909u : 0xFF090909u);
+    ddColor zero = type == 32 ? 0u : 0xFF000000u;
+    EXPECT_EQ(c->shape->fills[1].data.color, zero);
+    EXPECT_EQ(c->shape->fills[999].kind, ddFillSolid);
+    EXPECT_EQ(c->shape->fills[999].data.color, zero);
+  }
+}
+
 TEST_F(MovieShapeTest, GradientFillsScaleTheirMatrixAndReadStops) {
   swf::Writer w;
   w.rect(0, 10, 0, 10);
