@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "movie/dd_bitmap.h"
+
 namespace {
 
 // A compressed movie states its inflated size; beyond this it is refused
@@ -45,6 +47,9 @@ void defineSprite(ddStream* s, ddTimeline* t, int, int32_t length) {
 void defineShape(ddStream* s, ddTimeline* t, int type, int32_t length) {
   ddStream_readShapeBlock(s, t, type, length);
 }
+void defineBitmap(ddStream* s, ddTimeline* t, int type, int32_t length) {
+  ddStream_readBitmapBlock(s, t, type, length);
+}
 void backgroundColor(ddStream* s, ddTimeline*, int, int32_t) {
   s->backgroundColor = ddStream_readRGB(s);
 }
@@ -59,6 +64,7 @@ struct BlockTable {
     handler[4] = placeObject;
     handler[5] = removeObject;
     handler[9] = backgroundColor;
+    handler[20] = handler[36] = defineBitmap;
     handler[26] = placeObject2;
     handler[28] = removeObject2;
     handler[39] = defineSprite;
@@ -66,8 +72,8 @@ struct BlockTable {
     handler[56] = exportAssets;
     // Sound, buttons, scripts and JPEG images are not played.
     for (int t : {6, 7, 8, 12, 14, 15, 17, 18, 19, 21, 24, 34, 35, 45, 58, 59}) skip(t);
-    // Fonts, text, bitmaps and morphs: not read yet.
-    for (int t : {10, 11, 13, 20, 33, 36, 37, 46, 48, 62}) skip(t);
+    // Fonts, text and morphs: not read yet.
+    for (int t : {10, 11, 13, 33, 37, 46, 48, 62}) skip(t);
   }
   void skip(int t) {
     handler[t] = skipBlock;
@@ -118,7 +124,18 @@ uint8_t* inflateBody(const uint8_t* in, size_t inLength, uint32_t length, size_t
 bool readBody(ddStream* s, uint32_t length) {
   if (length > kMaxInflatedSize) return false;
   size_t capacity = 1024, count = 0;
+  bool direct = s->ops == &ddStream_memoryOps && s->pos < uint64_t(int64_t(s->size));
+  if (direct) capacity = size_t(uint64_t(int64_t(s->size)) - s->pos);
   uint8_t* gathered = static_cast<uint8_t*>(ddMalloc(capacity));
+  if (direct) {
+    // The same bytes the loop below would gather, in one copy.
+    s->bitCount = 0;
+    size_t real = s->pos < s->present ? std::min<size_t>(capacity, s->present - s->pos) : 0;
+    if (real) std::memcpy(gathered, s->data + s->pos, real);
+    std::memset(gathered + real, 0, capacity - real);
+    s->pos += capacity;
+    count = capacity;
+  }
   while (!s->ops->atEnd(s)) {
     if (count == capacity) {
       capacity *= 2;

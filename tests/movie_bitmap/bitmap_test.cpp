@@ -1,0 +1,164 @@
+// Lossless bitmap blocks decode to premultiplied words, and bitmap fills paint
+// them (or nothing, when the bitmap is absent).
+#include <zlib.h>
+
+#include "movie/render/dd_render.h"
+#include "movie_test_support.h"
+
+namespace {
+
+using swf::Bytes;
+
+Bytes deflate(const Bytes& data) {
+  uLongf size = compressBound(uLong(data.size()));
+  Bytes out(size);
+  EXPECT_EQ(compress(out.data(), &size, data.data(), uLong(data.size())), Z_OK);
+  out.resize(size);
+  return out;
+}
+
+// A block 20 or 36; `colors` is given for format 3 only.
+Bytes bitmapBlock(int type, int id, int format, int w, int h, const Bytes& data, int colors = 0,
+                  const Bytes* rawZlib = nullptr) {
+  swf::Writer b;
+  b.u16(uint32_t(id));
+  b.u8(uint32_t(format));
+  b.u16(uint32_t(w));
+  b.u16(uint32_t(h));
+  if (format == 3) b.u8(uint32_t(colors - 1));
+  b.raw(rawZlib ? *rawZlib : deflate(data));
+  return swf::block(type, b.bytes, true);
+}
+
+ddColor word(int r, int g, int b, int a) {
+  return ddColor(r) | ddColor(g) << 8 | ddColor(b) << 16 | ddColor(a) << 24;
+}
+
+class BitmapTest : public MovieTest {
+ protected:
+  // The pixels of bitmap `id` after parsing a movie of `blocks`.
+  std::vector<ddColor> decode(const Bytes& blocks, int id, int* w = nullptr, int* h = nullptr) {
+    ddStream* s = parse(swf::movie(swf::concat({blocks, swf::showFrame(), swf::end()})));
+    ddCharacter* c = ddDictionary_get(s->root, id);
+    EXPECT_TRUE(c && c->type == ddCharacterBitmap);
+    if (!c || c->type != ddCharacterBitmap) return {};
+    const ddSurface* surface = reinterpret_cast<ddBitmapCharacter*>(c)->surface;
+    if (w) *w = surface->width;
+    if (h) *h = surface->height;
+    return std::vector<ddColor>(surface->pixels,
+                                surface->pixels + size_t(surface->width) * surface->height);
+  }
+};
+
+TEST_F(BitmapTest, DirectPixelsAreScaledByTheirFirstByteInBothBlocks) {
+  // Alpha, red, green, blue per pixel, two rows of two.
+  const Bytes argb = {255, 10, 20, 30, 0, 200, 100, 50, 128, 200, 100, 50, 64, 255, 255, 255};
+  // 255 scales to 254 and each channel a step down; 0 empties the pixel.
+  const std::vector<ddColor> expected = {word(9, 19, 29, 254), 0, word(100, 50, 25, 127),
+                                         word(63, 63, 63, 63)};
+  for (int type : {20, 36}) {
+    for (int format : {4, 5}) {  // 15-bit data is read as 32-bit all the same
+      SCOPED_TRACE(testing::Message() << "block " << type << " format " << format);
+      int w = 0, h = 0;
+      EXPECT_EQ(decode(bitmapBlock(type, 3, format, 2, 2, argb), 3, &w, &h), expected);
+      EXPECT_EQ(w, 2);
+      EXPECT_EQ(h, 2);
+    }
+  }
+}
+
+TEST_F(BitmapTest, PaletteRowsArePaddedToFourBytesAndStrayIndicesTakeEntryZero) {
+  // Three entries; rows of 3 indices padded with one byte. Index 7 is past the
+  // palette; the padding holds 2, which must never show.
+  const Bytes rgbPalette = {255, 0, 0, 0, 255, 0, 0, 0, 255};
+  const Bytes rows = {1, 2, 7, 2, 0, 1, 1, 2};
+  const std::vector<ddColor> expected20 = {word(0, 255, 0, 255), word(0, 0, 255, 255),
+                                           word(255, 0, 0, 255), word(255, 0, 0, 255),
+                                           word(0, 255, 0, 255), word(0, 255, 0, 255)};
+  Bytes data20 = rgbPalette;
+  data20.insert(data20.end(), rows.begin(), rows.end());
+  // Entries of block 20 are opaque and kept exactly as written.
+  EXPECT_EQ(decode(bitmapBlock(20, 4, 3, 3, 2, data20, 3), 4), expected20);
+
+  // Entries of block 36 carry alpha and are premultiplied by it.
+  const Bytes rgbaPalette = {255, 0, 0, 255, 0, 255, 0, 128, 40, 80, 120, 0};
+  Bytes data36 = rgbaPalette;
+  data36.insert(data36.end(), rows.begin(), rows.end());
+  const ddColor red = word(254, 0, 0, 254), green = word(0, 127, 0, 127);
+  EXPECT_EQ(decode(bitmapBlock(36, 5, 3, 3, 2, data36, 3), 5),
+            (std::vector<ddColor>{green, 0, red, red, green, green}));
+}
+
+TEST_F(BitmapTest, EmptyBitmapsAndTheBlocksAfterThemStillRead) {
+  for (auto [w, h] : {std::pair{0, 3}, std::pair{3, 0}}) {
+    Bytes blocks = swf::concat({bitmapBlock(36, 1, 5, w, h, {}), squareShape(2)});
+    int gotW = -1, gotH = -1;
+    EXPECT_TRUE(decode(blocks, 1, &gotW, &gotH).empty());
+    EXPECT_EQ(gotW, w);
+    EXPECT_EQ(gotH, h);
+    ddStream* s = streams_.back();
+    ddCharacter* shape = ddDictionary_get(s->root, 2);
+    EXPECT_TRUE(shape && shape->type == ddCharacterShape);
+  }
+}
+
+TEST_F(BitmapTest, CorruptDataIsFatal) {
+  Bytes broken = deflate(Bytes(16, 0x55));
+  broken[3] ^= 0xff;
+  broken.resize(broken.size() - 4);
+  Bytes file = swf::movie(
+      swf::concat({bitmapBlock(36, 1, 5, 2, 2, {}, 0, &broken), swf::showFrame(), swf::end()}));
+  try {
+    parse(file);
+    FAIL() << "corrupt bitmap data was accepted";
+  } catch (const FatalError& e) {
+    EXPECT_EQ(std::string(e.what()).rfind("Couldn't uncompress bits! (err: ", 0), 0u) << e.what();
+  }
+}
+
+// A 640-twip square filled with bitmap `bitmapId` (clipped, 20 twips a pixel)
+// placed at depth 1.
+Bytes bitmapSquare(int shapeId, int bitmapId) {
+  swf::Writer body;
+  body.rect(0, 640, 0, 640);
+  body.u8(1);     // one fill
+  body.u8(0x41);  // clipped bitmap
+  body.u16(uint32_t(bitmapId));
+  body.matrix(swf::Matrix{std::make_pair(20 << 16, 20 << 16), std::nullopt, 0, 0});
+  body.u8(0);  // no lines
+  body.bits(1, 4);
+  body.bits(0, 4);
+  body.styleChange(1, 0, std::make_pair(0, 0), std::nullopt, 1u, std::nullopt);
+  body.lineEdge(640, 0);
+  body.lineEdge(0, 640);
+  body.lineEdge(-640, 0);
+  body.lineEdge(0, -640);
+  body.endShape();
+  return swf::concat({swf::defineShape(2, shapeId, body), swf::placeNew(1, shapeId)});
+}
+
+TEST_F(BitmapTest, FillsPaintThePremultipliedWordsOrNothingWhenTheBitmapIsAbsent) {
+  ddRender_install();
+  // One half-transparent entry, and indices past the palette that fall back to it.
+  Bytes data = {200, 100, 50, 128};
+  for (int i = 0; i < 16 * 16; i++) data.push_back(i % 3 ? 9 : 0);
+  const ddColor expected = word(100, 50, 25, 127);
+  struct Case {
+    Bytes blocks;
+    ddColor inside;
+  };
+  const Case cases[] = {
+      {swf::concat({bitmapBlock(36, 1, 3, 13, 16, data, 1), bitmapSquare(2, 1)}), expected},
+      {bitmapSquare(2, 1), 0},  // bitmap never defined
+  };
+  for (const Case& c : cases) {
+    ddMovie* movie = open(swf::movie(swf::concat({c.blocks, swf::showFrame(), swf::end()})));
+    ddMovie_draw(movie, nullptr, nullptr);
+    const ddSurface* s = movie->surface;
+    EXPECT_EQ(s->pixels[5 * s->width + 5], c.inside);
+    EXPECT_EQ(s->pixels[20 * s->width + 20], c.inside);
+    EXPECT_EQ(s->pixels[40 * s->width + 40], 0u);  // outside the square
+  }
+}
+
+}  // namespace
