@@ -8,8 +8,9 @@
 #define GL_GLEXT_PROTOTYPES 1
 #include <GL/glcorearb.h>
 
-#include <chrono>
 #include <vector>
+
+#include "plain_quads.h"
 
 namespace {
 
@@ -18,13 +19,6 @@ bool drawableSize(int& w, int& h) {
   if (!window) return false;
   SDL_GL_GetDrawableSize(window, &w, &h);
   return true;
-}
-
-GLuint compile(GLenum stage, const char* text) {
-  GLuint s = glCreateShader(stage);
-  glShaderSource(s, 1, &text, nullptr);
-  glCompileShader(s);
-  return s;
 }
 
 }  // namespace
@@ -60,59 +54,7 @@ extern "C" JNIEXPORT jboolean JNICALL Java_vostan_test_GfxHooks_writePng(JNIEnv*
   return ok ? JNI_TRUE : JNI_FALSE;
 }
 
-// Draws `count` textured quads the way a plain GL program would, one draw of
-// two triangles each from client memory, and gives the nanoseconds it took.
 extern "C" JNIEXPORT jlong JNICALL Java_vostan_test_GfxHooks_plainQuads(JNIEnv*, jclass,
                                                                         jint count) {
-  static GLuint program = 0, vao = 0, vbo = 0;
-  if (!program) {
-    const GLuint v = compile(GL_VERTEX_SHADER,
-                             "#version 330 core\n"
-                             "layout(location = 0) in vec4 p; layout(location = 1) in vec4 c;\n"
-                             "layout(location = 2) in vec2 uv; uniform mat4 m;\n"
-                             "out vec4 vc; out vec2 vuv;\n"
-                             "void main() { gl_Position = m * p; vc = c; vuv = uv; }\n");
-    const GLuint f = compile(GL_FRAGMENT_SHADER,
-                             "#version 330 core\nin vec4 vc; in vec2 vuv; out vec4 o;\n"
-                             "void main() { o = vc; }\n");
-    program = glCreateProgram();
-    glAttachShader(program, v);
-    glAttachShader(program, f);
-    glLinkProgram(program);
-    glDeleteShader(v);
-    glDeleteShader(f);
-    glGenVertexArrays(1, &vao);
-    glGenBuffers(1, &vbo);
-  }
-  struct Vertex {
-    float x, y, z;
-    uint32_t color;
-    float u, v;
-  };
-  const float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-  const auto start = std::chrono::steady_clock::now();
-  glUseProgram(program);
-  glUniformMatrix4fv(glGetUniformLocation(program, "m"), 1, GL_FALSE, identity);
-  glBindVertexArray(vao);
-  glBindBuffer(GL_ARRAY_BUFFER, vbo);
-  glEnableVertexAttribArray(0);
-  glEnableVertexAttribArray(1);
-  glEnableVertexAttribArray(2);
-  Vertex quad[6];
-  for (jint i = 0; i < count; ++i) {
-    const float x = static_cast<float>(i % 16) / 16.0f, y = static_cast<float>(i % 9) / 9.0f;
-    const Vertex a{x, y, 0, 0xFFFFFFFFu, 0, 0}, b{x + 0.1f, y, 0, 0xFFFFFFFFu, 1, 0},
-        c{x + 0.1f, y + 0.1f, 0, 0xFFFFFFFFu, 1, 1}, d{x, y + 0.1f, 0, 0xFFFFFFFFu, 0, 1};
-    quad[0] = a, quad[1] = b, quad[2] = c, quad[3] = a, quad[4] = c, quad[5] = d;
-    glBufferData(GL_ARRAY_BUFFER, sizeof quad, quad, GL_STREAM_DRAW);
-    glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, sizeof(Vertex), nullptr);
-    glVertexAttribPointer(1, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, sizeof(Vertex),
-                          reinterpret_cast<void*>(12));
-    glVertexAttribPointer(2, 2, GL_FLOAT, GL_FALSE, sizeof(Vertex), reinterpret_cast<void*>(16));
-    glDrawArrays(GL_TRIANGLES, 0, 6);
-  }
-  glFinish();
-  const auto end = std::chrono::steady_clock::now();
-  glUseProgram(0);
-  return std::chrono::duration_cast<std::chrono::nanoseconds>(end - start).count();
+  return vostan::test::plainQuads(count);
 }

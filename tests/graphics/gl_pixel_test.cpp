@@ -255,3 +255,26 @@ TEST_F(GLGraphicsTest, SkinningWeighsBonesByTheFractions) {
 
 }  // namespace
 }  // namespace vostan::test
+
+namespace vostan::test {
+namespace {
+
+// A reset rebuilds the effect and its programs; drawing goes on, with the
+// device's state back at its defaults.
+TEST_F(GLGraphicsTest, DrawingGoesOnAfterAReset) {
+  g->setEnable(3042, true);
+  g->setBlend(2);
+  ::testing::internal::CaptureStdout();
+  EXPECT_EQ(g->resetDevice(), 0);
+  const std::string out = ::testing::internal::GetCapturedStdout();
+  EXPECT_NE(out.find("RESET 0   texcnt:0\n"), std::string::npos) << out;
+  const float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+  g->setMatrix(0, identity);
+  clearTo(0, 0, 1);
+  g->color3f(1, 0, 0);
+  quad(-1, -1, 1, 1);
+  EXPECT_EQ(at(32, 32), 0xFFFF0000u);  // not added to the blue: blending is off again
+}
+
+}  // namespace
+}  // namespace vostan::test

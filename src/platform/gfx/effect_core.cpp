@@ -111,7 +111,11 @@ HRESULT EffectCore::setFloatArray(EffectHandle h, const float* v, uint32_t count
   const uint32_t size = p.rows * p.columns;
   const uint32_t offset = s->element < 0 ? 0 : s->element * size;
   const uint32_t room = s->element < 0 ? p.floatCount() : size;
-  std::memcpy(values_[s->parameter].data() + offset, v, std::min(count, room) * sizeof(float));
+  float* to = values_[s->parameter].data() + offset;
+  const std::size_t bytes = std::min(count, room) * sizeof(float);
+  // Most draws set the same colour again; only a change needs sending.
+  if (std::memcmp(to, v, bytes) == 0) return OK;
+  std::memcpy(to, v, bytes);
   ++versions_[s->parameter];
   return OK;
 }
