@@ -16,6 +16,7 @@
 
 #include "platform/gfx/effect_core.h"
 #include "platform/gfx/gl_device.h"
+#include "platform/gfx/gl_texture.h"
 #include "platform/gfx/memory_objects.h"
 
 namespace vostan::gfx {
@@ -282,10 +283,11 @@ class GLDevice : public StateDevice {
     return OK;
   }
   HRESULT getRenderTargetData(Surface* target, Surface* destination) override;
-  HRESULT createTexture(uint32_t, uint32_t, uint32_t, uint32_t, int32_t, int32_t,
-                        Texture** out) override {
-    *out = nullptr;
-    return kNotAvailable;
+  HRESULT createTexture(uint32_t width, uint32_t height, uint32_t levels, uint32_t usage,
+                        int32_t format, int32_t pool, Texture** out) override {
+    makeCurrent();
+    return createGLTexture(GLContextRef{window_, context_}, width, height, levels, usage, format,
+                           pool, out);
   }
   HRESULT createVertexBuffer(uint32_t size, uint32_t usage, uint32_t fvf, int32_t pool,
                              VertexBuffer** out) override {
@@ -348,6 +350,7 @@ class GLDevice : public StateDevice {
   int width_ = 0, height_ = 0;
   GLuint vao_ = 0, vbo_ = 0;
   GLProgram* program_ = nullptr;
+  GLTextureUnits units_;
   uint64_t pixelSerial_ = 1;
   bool inScene_ = false;
 };
@@ -512,6 +515,7 @@ GLDevice::GLDevice(SDL_Window* window, SDL_GLContext context, const PresentParam
 GLDevice::~GLDevice() {
   makeCurrent();
   releaseState(state_);
+  units_.release();
   releaseAndNull(backBuffer_);
   releaseAndNull(depthSurface_);
   glDeleteBuffers(1, &vbo_);
@@ -713,7 +717,6 @@ void GLDevice::sendPixelStage() {
   glUniform1i(p->alphaOp, static_cast<GLint>(ts[TSS_ALPHAOP]));
   glUniform1i(p->alphaArg1, static_cast<GLint>(ts[TSS_ALPHAARG1]));
   glUniform1i(p->alphaArg2, static_cast<GLint>(ts[TSS_ALPHAARG2]));
-  glUniform1i(p->hasTexture, 0);
   glUniform1i(p->alphaTest, rs[RS_ALPHATESTENABLE] ? 1 : 0);
   glUniform1i(p->alphaFunc, static_cast<GLint>(rs[RS_ALPHAFUNC]));
   glUniform1i(p->alphaRef, static_cast<GLint>(rs[RS_ALPHAREF] & 0xFF));
@@ -774,6 +777,8 @@ HRESULT GLDevice::drawPrimitiveUP(int32_t type, uint32_t count, const void* vert
   makeCurrent();
   flushState();
   sendPixelStage();
+  units_.bind(state_.textures, state_.samplerStates, 2);
+  glUniform1i(program_->hasTexture, state_.textures[0] ? 1 : 0);
   const int n = verticesFor(type, count);
   glBindVertexArray(vao_);
   glBindBuffer(GL_ARRAY_BUFFER, vbo_);
@@ -819,7 +824,7 @@ class GLDirect3D : public Direct3D {
   HRESULT checkDeviceFormat(uint32_t, int32_t, int32_t, uint32_t usage, int32_t,
                             int32_t format) override {
     if (usage & USAGE_DEPTHSTENCIL) return format == FMT_D24S8 ? OK : kNotAvailable;
-    return bytesPerPixel(format) ? OK : kNotAvailable;
+    return glTextureFormatSupported(format) ? OK : kNotAvailable;
   }
   HRESULT createDevice(uint32_t, int32_t, uint32_t focusWindow, uint32_t,
                        PresentParameters& parameters, Device** out) override {
