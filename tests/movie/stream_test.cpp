@@ -139,6 +139,25 @@ TEST_F(MovieStreamTest, ColourTransformsReadMultipliersBeforeAdditions) {
   EXPECT_EQ(b.gAdd, 2);
 }
 
+// Sinks
+
+TEST(MovieSinks, DefaultSinksPrintALineAndAFatalReportEndsTheProcessWithMinusOne) {
+  ddSink warn = ddSetWarnSink(nullptr), fatal = ddSetFatalSink(nullptr);
+  testing::internal::CaptureStdout();
+  ddWarn("Unsupported mask type: %i", 4);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Unsupported mask type: 4\n");
+  // A replaced fatal sink that returns still ends the process.
+  EXPECT_EXIT(ddFatal("Unknown fill type: %i", 7), testing::ExitedWithCode(255), "");
+  EXPECT_EXIT(
+      {
+        ddSetFatalSink([](const char*) {});
+        ddFatal("x");
+      },
+      testing::ExitedWithCode(255), "");
+  ddSetWarnSink(warn);
+  ddSetFatalSink(fatal);
+}
+
 // Header
 
 TEST_F(MovieStreamTest, BadSignaturesFailSilently) {
