@@ -90,86 +90,31 @@ TEST_P(DeviceFormats, BytesMeanWhatTheFormatSays) {
   t->release();
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    GLTextures, DeviceFormats,
-    ::testing::Values(RawCase{"A8R8G8B8",
-                              FMT_A8R8G8B8,
-                              words32({0xFFFF0000, 0xFF00FF00, 0xFF0000FF, 0x80FFFFFF}),
-                              0,
-                              {0xFF0000, 0x00FF00, 0x0000FF, 0x808080}},
-                      RawCase{"X8R8G8B8IgnoresItsTopByte",
-                              FMT_X8R8G8B8,
-                              words32({0x00FF8000, 0x00000000, 0x12345678, 0x00FFFFFF}),
-                              0,
-                              {0xFF8000, 0x000000, 0x345678, 0xFFFFFF}},
-                      RawCase{
-                          "R8G8B8",
-                          FMT_R8G8B8,
-                          {0x00, 0x00, 0xFF, 0x00, 0xFF, 0x00, 0xFF, 0x00, 0x00, 0x40, 0x80, 0xC0},
-                          0,
-                          {0xFF0000, 0x00FF00, 0x0000FF, 0xC08040}},
-                      RawCase{"R5G6B5",
-                              FMT_R5G6B5,
-                              words16({0xF800, 0x07E0, 0x001F, 0xFFFF}),
-                              0,
-                              {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF}},
-                      RawCase{"X1R5G5B5IsOpaque",
-                              FMT_X1R5G5B5,
-                              words16({0x7C00, 0x03E0, 0x001F, 0x0000}),
-                              0x808080,
-                              {0xFF0000, 0x00FF00, 0x0000FF, 0x000000}},
-                      RawCase{"A1R5G5B5",
-                              FMT_A1R5G5B5,
-                              words16({0xFC00, 0x7C00, 0x83E0, 0x001F}),
-                              0x808080,
-                              {0xFF0000, 0x808080, 0x00FF00, 0x808080}},
-                      RawCase{"A4R4G4B4",
-                              FMT_A4R4G4B4,
-                              words16({0xFF00, 0x80F0, 0xF00F, 0x0FFF}),
-                              0,
-                              {0xFF0000, 0x008800, 0x0000FF, 0x000000}},
-                      RawCase{"A8IsBlackWithAlpha",
-                              FMT_A8,
-                              {0xFF, 0x00, 0x80, 0x40},
-                              0xFFFFFF,
-                              {0x000000, 0xFFFFFF, 0x7F7F7F, 0xBFBFBF}},
-                      RawCase{"L8IsGreyAndOpaque",
-                              FMT_L8,
-                              {0x00, 0x40, 0x80, 0xFF},
-                              0xFF0000,
-                              {0x000000, 0x404040, 0x808080, 0xFFFFFF}},
-                      RawCase{"A8L8HasLuminanceFirst",
-                              FMT_A8L8,
-                              {0xFF, 0xFF, 0x40, 0xFF, 0xFF, 0x80, 0xFF, 0x00},
-                              0x0000FF,
-                              {0xFFFFFF, 0x404040, 0x8080FF, 0x0000FF}}),
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(GLTextures, DeviceFormats, ::testing::Values(
+    RawCase{"A8R8G8B8", FMT_A8R8G8B8, words32({0xFFFF0000, 0xFF00FF00, 0xFF0000FF, 0x80FFFFFF}),
+            0, {0xFF0000, 0x00FF00, 0x0000FF, 0x808080}},
+    RawCase{"X8R8G8B8IgnoresItsTopByte", FMT_X8R8G8B8,
+            words32({0x00FF8000, 0x00000000, 0x12345678, 0x00FFFFFF}),
+            0, {0xFF8000, 0x000000, 0x345678, 0xFFFFFF}},
+    RawCase{"R8G8B8", FMT_R8G8B8, {0, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0, 0, 0x40, 0x80, 0xC0},
+            0, {0xFF0000, 0x00FF00, 0x0000FF, 0xC08040}},
+    RawCase{"R5G6B5", FMT_R5G6B5, words16({0xF800, 0x07E0, 0x001F, 0xFFFF}),
+            0, {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF}},
+    RawCase{"X1R5G5B5IsOpaque", FMT_X1R5G5B5, words16({0x7C00, 0x03E0, 0x001F, 0x0000}),
+            0x808080, {0xFF0000, 0x00FF00, 0x0000FF, 0x000000}},
+    RawCase{"A1R5G5B5", FMT_A1R5G5B5, words16({0xFC00, 0x7C00, 0x83E0, 0x001F}),
+            0x808080, {0xFF0000, 0x808080, 0x00FF00, 0x808080}},
+    RawCase{"A4R4G4B4", FMT_A4R4G4B4, words16({0xFF00, 0x80F0, 0xF00F, 0x0FFF}),
+            0, {0xFF0000, 0x008800, 0x0000FF, 0x000000}},
+    RawCase{"A8IsBlackWithAlpha", FMT_A8, {0xFF, 0x00, 0x80, 0x40},
+            0xFFFFFF, {0x000000, 0xFFFFFF, 0x7F7F7F, 0xBFBFBF}},
+    RawCase{"L8IsGreyAndOpaque", FMT_L8, {0x00, 0x40, 0x80, 0xFF},
+            0xFF0000, {0x000000, 0x404040, 0x808080, 0xFFFFFF}},
+    RawCase{"A8L8HasLuminanceFirst", FMT_A8L8, {0xFF, 0xFF, 0x40, 0xFF, 0xFF, 0x80, 0xFF, 0x00},
+            0x0000FF, {0xFFFFFF, 0x404040, 0x8080FF, 0x0000FF}}),
     [](const auto& info) { return std::string(info.param.name); });
-
-TEST_F(GLTextures, StoreUploadsKeepTheirOrientation) {
-  // Rows top to bottom as given: the first pixel is the top-left corner.
-  const uint8_t rgba[16] = {255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 255, 255, 0, 255};
-  const int32_t h = createTextureSlot(*g);
-  texImage2D(*g, h, gl::kRgba, 2, 2, 0, gl::kRgba, gl::kUnsignedByte, rgba);
-  drawBound(0);
-  EXPECT_TRUE(near(texel(0, 0), 0xFFFF0000u));
-  EXPECT_TRUE(near(texel(1, 0), 0xFF00FF00u));
-  EXPECT_TRUE(near(texel(0, 1), 0xFF0000FFu));
-  EXPECT_TRUE(near(texel(1, 1), 0xFFFFFF00u));
-
-  // Alpha textures are white with the given alpha; luminance is grey.
-  const uint8_t alpha[4] = {0xFF, 0x00, 0x80, 0xFF};
-  texImage2D(*g, h, gl::kAlpha, 2, 2, 0, gl::kAlpha, gl::kUnsignedByte, alpha);
-  drawBound(0);
-  EXPECT_TRUE(near(texel(0, 0), 0xFFFFFFFFu));
-  EXPECT_TRUE(near(texel(1, 0), 0xFF000000u));
-  EXPECT_TRUE(near(texel(0, 1), 0xFF808080u));
-  const uint8_t grey[4] = {0x20, 0x40, 0x60, 0x80};
-  texImage2D(*g, h, gl::kLuminance, 2, 2, 0, gl::kLuminance, gl::kUnsignedByte, grey);
-  EXPECT_EQ(g->getTextureStageState(4099), gl::kLuminance);
-  drawBound(0xFF0000);
-  EXPECT_TRUE(near(texel(1, 1), 0xFF808080u));
-  deleteTexture(*g, h);
-}
+// clang-format on
 
 TEST_F(GLTextures, SubImageChangesOneTexel) {
   std::vector<uint8_t> red(4 * 4 * 4);

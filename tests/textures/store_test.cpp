@@ -13,7 +13,6 @@ namespace {
 using namespace gfx;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
-using ::testing::HasSubstr;
 using Bytes = std::vector<uint8_t>;
 
 std::string captured(const std::function<void()>& run) {
@@ -28,12 +27,8 @@ class TextureStore : public RecordingGraphics {
     RecordingGraphics::SetUp();
     create();
   }
-  MemorySurface* level0(int32_t handle) {
-    Texture* t = textureEntry(handle)->texture;
-    return t ? static_cast<MemoryTexture*>(t)->level0() : nullptr;
-  }
   Bytes contents(int32_t handle) {
-    MemorySurface* s = level0(handle);
+    MemorySurface* s = static_cast<MemoryTexture*>(textureEntry(handle)->texture)->level0();
     return Bytes(s->bits(), s->bits() + s->pitch() * s->desc().height);
   }
   // A managed texture made from `pixels`, bound.
@@ -45,39 +40,24 @@ class TextureStore : public RecordingGraphics {
   }
 };
 
-TEST_F(TextureStore, SlotsAreLowAddressesReusedLastInFirstOut) {
+TEST_F(TextureStore, SlotsComeBackLastInFirstOutAndOnlyOnce) {
   const int32_t a = createTextureSlot(*graphics);
   const int32_t b = createTextureSlot(*graphics);
-  const int32_t c = createTextureSlot(*graphics);
-  EXPECT_EQ(textureEntry(a), &graphics->textures[0]);
-  EXPECT_EQ(textureEntry(c), &graphics->textures[2]);
-  EXPECT_NE(a, 0);
+  EXPECT_EQ(textureEntry(b), &graphics->textures[1]);
   EXPECT_TRUE(calls("CreateTexture").empty()) << "a slot costs no device work";
-
-  deleteTexture(*graphics, a);
-  deleteTexture(*graphics, c);
-  EXPECT_EQ(createTextureSlot(*graphics), c);
-  EXPECT_EQ(createTextureSlot(*graphics), a);
-  EXPECT_EQ(createTextureSlot(*graphics), textureHandle(&graphics->textures[3]));
-  EXPECT_EQ(graphics->textureCount, 4);
-  (void)b;
-}
-
-TEST_F(TextureStore, SecondDeleteIsLoggedOnceAndListedOnce) {
   const uint8_t px[4] = {1, 2, 3, 4};
-  const int32_t h = upload(gl::kRgba, 1, 1, gl::kRgba, gl::kUnsignedByte, px);
-  ASSERT_NE(textureEntry(h)->texture, nullptr);
-  std::string out = captured([&] {
-    deleteTexture(*graphics, h);
-    deleteTexture(*graphics, h);
+  texImage2D(*graphics, a, gl::kRgba, 1, 1, 0, gl::kRgba, gl::kUnsignedByte, px);
+  const std::string out = captured([&] {
+    deleteTexture(*graphics, a);
+    deleteTexture(*graphics, b);
+    deleteTexture(*graphics, a);
     deleteTexture(*graphics, 0);
   });
   EXPECT_EQ(out, "duplicated delete tex.. ignored\n");
-  EXPECT_EQ(graphics->freeTextureCount, 1);
-  EXPECT_EQ(textureEntry(h)->texture, nullptr);
-  // The slot comes back once; the next is fresh.
-  EXPECT_EQ(createTextureSlot(*graphics), h);
-  EXPECT_NE(createTextureSlot(*graphics), h);
+  EXPECT_EQ(textureEntry(a)->texture, nullptr);
+  EXPECT_EQ(createTextureSlot(*graphics), b);
+  EXPECT_EQ(createTextureSlot(*graphics), a);
+  EXPECT_EQ(createTextureSlot(*graphics), textureHandle(&graphics->textures[2]));
 }
 
 // Each internal format, with a typical source, against the device bytes.
@@ -100,90 +80,42 @@ TEST_P(Uploads, DeviceBytesFollowTheFormatPair) {
   EXPECT_THAT(contents(h), ElementsAreArray(c.expected));
 }
 
-INSTANTIATE_TEST_SUITE_P(TextureStore, Uploads,
-                         ::testing::Values(UploadCase{"RgbaBytes",
-                                                      gl::kRgba,
-                                                      gl::kRgba,
-                                                      gl::kUnsignedByte,
-                                                      {0x11, 0x22, 0x33, 0x44},
-                                                      FMT_A8R8G8B8,
-                                                      32856,
-                                                      {0x33, 0x22, 0x11, 0x44}},
-                                           UploadCase{"Rgba8FromBgraRevWord",
-                                                      32856,
-                                                      gl::kBgra,
-                                                      gl::kUnsignedInt8888Rev,
-                                                      // the word 0x44112233, little-endian
-                                                      {0x33, 0x22, 0x11, 0x44},
-                                                      FMT_A8R8G8B8,
-                                                      32856,
-                                                      {0x33, 0x22, 0x11, 0x44}},
-                                           UploadCase{"RgbaFromShort4444",
-                                                      gl::kRgba,
-                                                      gl::kRgba,
-                                                      gl::kUnsignedShort4444,
-                                                      {0x34, 0x12},
-                                                      FMT_A8R8G8B8,
-                                                      32856,
-                                                      {0x30, 0x20, 0x10, 0x40}},
-                                           UploadCase{"OtherInternalIsOpaqueX8",
-                                                      gl::kRgb,
-                                                      gl::kRgb,
-                                                      gl::kUnsignedByte,
-                                                      {0x11, 0x22, 0x33},
-                                                      FMT_X8R8G8B8,
-                                                      32849,
-                                                      {0x33, 0x22, 0x11, 0xFF}},
-                                           UploadCase{"LuminanceAveragesColour",
-                                                      gl::kLuminance,
-                                                      gl::kRgba,
-                                                      gl::kUnsignedByte,
-                                                      {30, 60, 90, 7},
-                                                      FMT_L8,
-                                                      gl::kLuminance,
-                                                      {60}},
-                                           UploadCase{"LuminanceAlpha",
-                                                      gl::kLuminanceAlpha,
-                                                      gl::kLuminanceAlpha,
-                                                      gl::kUnsignedByte,
-                                                      {0x40, 0xC0},
-                                                      FMT_A8L8,
-                                                      gl::kLuminanceAlpha,
-                                                      {0x40, 0xC0}},
-                                           UploadCase{"AlphaLivesAsWhiteLuminancePlusAlpha",
-                                                      gl::kAlpha,
-                                                      gl::kAlpha,
-                                                      gl::kUnsignedByte,
-                                                      {0x7F},
-                                                      FMT_A8L8,
-                                                      gl::kLuminanceAlpha,
-                                                      {0xFF, 0x7F}}),
-                         [](const auto& info) { return std::string(info.param.name); });
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(TextureStore, Uploads, ::testing::Values(
+    UploadCase{"RgbaBytes", gl::kRgba, gl::kRgba, gl::kUnsignedByte, {0x11, 0x22, 0x33, 0x44},
+               FMT_A8R8G8B8, 32856, {0x33, 0x22, 0x11, 0x44}},
+    UploadCase{"Rgba8FromBgraRevWord", 32856, gl::kBgra, gl::kUnsignedInt8888Rev,
+               {0x33, 0x22, 0x11, 0x44}, FMT_A8R8G8B8, 32856, {0x33, 0x22, 0x11, 0x44}},
+    UploadCase{"RgbaFromShort4444", gl::kRgba, gl::kRgba, gl::kUnsignedShort4444, {0x34, 0x12},
+               FMT_A8R8G8B8, 32856, {0x30, 0x20, 0x10, 0x40}},
+    UploadCase{"OtherInternalIsOpaqueX8", gl::kRgb, gl::kRgb, gl::kUnsignedByte,
+               {0x11, 0x22, 0x33}, FMT_X8R8G8B8, 32849, {0x33, 0x22, 0x11, 0xFF}},
+    UploadCase{"LuminanceAveragesColour", gl::kLuminance, gl::kRgba, gl::kUnsignedByte,
+               {30, 60, 90, 7}, FMT_L8, gl::kLuminance, {60}},
+    UploadCase{"LuminanceAlpha", gl::kLuminanceAlpha, gl::kLuminanceAlpha, gl::kUnsignedByte,
+               {0x40, 0xC0}, FMT_A8L8, gl::kLuminanceAlpha, {0x40, 0xC0}},
+    UploadCase{"AlphaIsWhiteLuminancePlusAlpha", gl::kAlpha, gl::kAlpha, gl::kUnsignedByte,
+               {0x7F}, FMT_A8L8, gl::kLuminanceAlpha, {0xFF, 0x7F}}),
+    [](const auto& info) { return std::string(info.param.name); });
+// clang-format on
 
-TEST_F(TextureStore, MissingDeviceFormatFallsBackToA8R8G8B8) {
-  // Luminance that the device lacks is stored as grey, opaque.
-  system.textureFormats = {FMT_A8R8G8B8};
-  const uint8_t l = 0x80;
-  const int32_t h = upload(gl::kLuminance, 1, 1, gl::kLuminance, gl::kUnsignedByte, &l);
-  EXPECT_THAT(calls("CreateTexture"), ElementsAre("CreateTexture(1,1,1,0,21,1)"));
-  EXPECT_THAT(contents(h), ElementsAre(0x80, 0x80, 0x80, 0xFF));
-  EXPECT_EQ(graphics->getTextureStageState(4099), 32856);
-}
-
-TEST_F(TextureStore, DepthRenderTextureIsHalfFloatWhereTheDeviceHasIt) {
-  const int32_t h =
+TEST_F(TextureStore, MissingDeviceFormatsFallBackToA8R8G8B8) {
+  // A depth render texture is half float where the device has that.
+  int32_t h =
       upload(gl::kDepthComponent, 16, 8, gl::kDepthComponent, gl::kUnsignedShort, nullptr, 1);
-  EXPECT_THAT(calls("CreateTexture"), ElementsAre("CreateTexture(16,8,1,1,111,0)"));
   EXPECT_EQ(graphics->getTextureStageState(4099), 32849);
   EXPECT_EQ(graphics->getTextureStageState(4096), 16);
   EXPECT_EQ(graphics->getTextureStageState(4097), 8);
-  EXPECT_FALSE(level0(h)->locked());
-
   system.textureFormats = {FMT_A8R8G8B8, FMT_X8R8G8B8};
-  system.log.clear();
   upload(gl::kDepthComponent, 16, 8, gl::kDepthComponent, gl::kUnsignedShort, nullptr, 1);
-  EXPECT_THAT(calls("CreateTexture"), ElementsAre("CreateTexture(16,8,1,1,21,0)"));
   EXPECT_EQ(graphics->getTextureStageState(4099), 32856);
+  // Luminance is then stored as grey, opaque.
+  const uint8_t l = 0x80;
+  h = upload(gl::kLuminance, 1, 1, gl::kLuminance, gl::kUnsignedByte, &l);
+  EXPECT_THAT(calls("CreateTexture"),
+              ElementsAre("CreateTexture(16,8,1,1,111,0)", "CreateTexture(16,8,1,1,21,0)",
+                          "CreateTexture(1,1,1,0,21,1)"));
+  EXPECT_THAT(contents(h), ElementsAre(0x80, 0x80, 0x80, 0xFF));
 }
 
 TEST_F(TextureStore, NullPixelsGiveZerosAndRenderTexturesGetNoUpload) {
@@ -221,18 +153,9 @@ TEST_F(TextureStore, TexImageReplacesInPlaceAndBindsWhileEmptySizesDoNothing) {
   EXPECT_EQ(graphics->boundTextures[0], textureEntry(h));
   EXPECT_EQ(device().state().textures[0], textureEntry(h)->texture);
   EXPECT_EQ(graphics->getTextureStageState(4096), 2);
-  EXPECT_EQ(graphics->getTextureStageState(4097), 3);
-}
-
-TEST_F(TextureStore, BindZeroUnbinds) {
-  const uint8_t px[4] = {1, 2, 3, 4};
-  const int32_t h = upload(gl::kRgba, 1, 1, gl::kRgba, gl::kUnsignedByte, px);
   bindTexture(*graphics, 0);
-  EXPECT_EQ(graphics->boundTextures[0], nullptr);
   EXPECT_EQ(device().state().textures[0], nullptr);
   EXPECT_EQ(graphics->getTextureStageState(4096), 0);
-  bindTexture(*graphics, h);
-  EXPECT_EQ(device().state().textures[0], textureEntry(h)->texture);
 }
 
 TEST_F(TextureStore, SubImageTouchesOnlyItsRectangle) {
@@ -244,18 +167,14 @@ TEST_F(TextureStore, SubImageTouchesOnlyItsRectangle) {
   expected[at] = 0x30, expected[at + 1] = 0x20, expected[at + 2] = 0x10, expected[at + 3] = 0x40;
   EXPECT_EQ(contents(h), expected);
 
-  // A 2 by 2 block at (3, 4), tightly packed rows of the source.
+  // A 2 by 2 block at (3, 4) from tightly packed rows.
   const uint8_t block[16] = {1, 0, 0, 9, 2, 0, 0, 9, 3, 0, 0, 9, 4, 0, 0, 9};
   texSubImage2D(*graphics, 3, 4, 2, 2, gl::kRgba, gl::kUnsignedByte, block);
-  const Bytes all = contents(h);
-  auto red = [&](int x, int y) { return all[(y * 5 + x) * 4 + 2]; };
-  EXPECT_EQ(red(3, 4), 1);
-  EXPECT_EQ(red(4, 4), 2);
-  EXPECT_EQ(red(3, 5), 3);
-  EXPECT_EQ(red(4, 5), 4);
-  int changed = 0;
-  for (std::size_t i = 0; i < all.size(); ++i) changed += all[i] != expected[i];
-  EXPECT_EQ(changed, 8) << "red and alpha of four pixels";
+  for (int i = 0; i < 4; ++i) {
+    const std::size_t p = ((4 + i / 2) * 5 + 3 + i % 2) * 4;
+    expected[p + 2] = static_cast<uint8_t>(i + 1), expected[p + 3] = 9;
+  }
+  EXPECT_EQ(contents(h), expected);
 }
 
 TEST_F(TextureStore, SubImageNeedsABoundTextureAndASize) {
@@ -273,42 +192,6 @@ TEST_F(TextureStore, SubImageNeedsABoundTextureAndASize) {
   bindTexture(*graphics, h);
   texSubImage2D(*graphics, 0, 0, 1, 1, gl::kRgba, gl::kUnsignedByte, one);
   EXPECT_EQ(graphics->getTextureStageState(4096), 0);
-}
-
-TEST_F(TextureStore, UpdateAtAnOffsetForTheMovieAndFontCallers) {
-  const int32_t h = upload(gl::kRgba, 4, 4, gl::kRgba, gl::kUnsignedByte, nullptr);
-  const uint8_t rgba[8] = {0xFF, 0, 0, 0x80, 0, 0xFF, 0, 0xFF};
-  updateTexture(textureEntry(h), graphics->device, 3553, 0, 1, 2, 2, 1, gl::kRgba,
-                gl::kUnsignedByte, rgba);
-  EXPECT_EQ(level0(h)->lockedArea().left, 1);
-  EXPECT_EQ(level0(h)->lockedArea().bottom, 3);
-  EXPECT_FALSE(level0(h)->locked());
-  const Bytes all = contents(h);
-  const std::size_t row = 2 * 16;
-  EXPECT_THAT(Bytes(all.begin() + row, all.begin() + row + 16),
-              ElementsAre(0, 0, 0, 0, 0, 0, 0xFF, 0x80, 0, 0xFF, 0, 0xFF, 0, 0, 0, 0));
-}
-
-TEST_F(TextureStore, ResetEmptiesRenderTexturesAndKeepsManagedPixels) {
-  std::vector<uint8_t> px(8 * 8 * 4, 0x5A);
-  const int32_t managed = upload(gl::kRgba, 8, 8, gl::kRgba, gl::kUnsignedByte, px.data());
-  const int32_t render = upload(gl::kRgba, 8, 8, gl::kRgba, gl::kUnsignedByte, nullptr, 1);
-  // Draw into the render texture, as a render pass would.
-  std::memset(level0(render)->bits(), 0x77, 8 * 8 * 4);
-  const SurfaceDesc renderDesc = textureEntry(render)->desc;
-  Texture* kept = textureEntry(managed)->texture;
-
-  captured([&] { graphics->resetDevice(); });
-  EXPECT_EQ(textureEntry(managed)->texture, kept);
-  EXPECT_EQ(contents(managed), px);
-  ASSERT_NE(textureEntry(render)->texture, nullptr);
-  EXPECT_EQ(contents(render), Bytes(8 * 8 * 4, 0));
-  EXPECT_EQ(textureEntry(render)->desc.pool, renderDesc.pool);
-  EXPECT_EQ(textureEntry(render)->desc.usage, renderDesc.usage);
-  // The handle still works after the reset.
-  bindTexture(*graphics, render);
-  EXPECT_EQ(graphics->getTextureStageState(4099), 32856);
-  EXPECT_EQ(device().state().textures[0], textureEntry(render)->texture);
 }
 
 // The back buffer of a client area `rows` high, pixel (x, y) = A8R8G8B8
@@ -329,21 +212,6 @@ class ReadBack : public TextureStore {
       }
   }
 };
-
-TEST_F(ReadBack, RowsComeOutBottomUp) {
-  uint8_t out[3 * 4 * 4] = {};
-  readPixels(*graphics, graphics->backBuffer, 0, 0, 3, 4, gl::kRgba, gl::kUnsignedByte, out);
-  // Surface row 3 becomes row 0 of the result, row 0 the last.
-  for (int r = 0; r < 4; ++r)
-    for (int x = 0; x < 3; ++x) {
-      const uint8_t* p = out + (r * 3 + x) * 4;
-      EXPECT_EQ(p[0], x) << r << "," << x;
-      EXPECT_EQ(p[1], 3 - r) << r << "," << x;
-      EXPECT_EQ(p[3], 0xFF);
-    }
-  EXPECT_THAT(calls("CreateOffscreenPlainSurface"),
-              ElementsAre("CreateOffscreenPlainSurface(3,4,22,2)"));
-}
 
 TEST_F(ReadBack, RectangleCountsFromTheBottomLeftAndTheSceneIsReopened) {
   graphics->beginScene();
