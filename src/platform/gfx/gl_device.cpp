@@ -211,6 +211,7 @@ struct GLProgram {
   uint64_t pixelStateSent = ~uint64_t{0};  // the device's pixel-stage serial
   GLint colorOp, colorArg1, colorArg2, alphaOp, alphaArg1, alphaArg2;
   GLint hasTexture, alphaTest, alphaFunc, alphaRef;
+  int hasTextureSent = -1;
 };
 
 class GLDevice;
@@ -309,14 +310,6 @@ class GLDevice : public StateDevice {
   HRESULT drawIndexedPrimitive(int32_t, int32_t, uint32_t, uint32_t, uint32_t, uint32_t) override {
     return kNotAvailable;
   }
-  HRESULT setTextureStageState(uint32_t stage, uint32_t type, uint32_t value) override {
-    ++pixelSerial_;
-    return StateDevice::setTextureStageState(stage, type, value);
-  }
-  HRESULT setRenderState(uint32_t state, uint32_t value) override {
-    if (dirtyBitsOfRenderState(state) & DIRTY_PIXEL_STAGE) ++pixelSerial_;
-    return StateDevice::setRenderState(state, value);
-  }
 
   static Caps glCaps() {
     Caps c;
@@ -328,9 +321,20 @@ class GLDevice : public StateDevice {
   void makeCurrent() {
     if (SDL_GL_GetCurrentContext() != context_) SDL_GL_MakeCurrent(window_, context_);
   }
+  // The program of the running pass; null outside a pass. GL keeps the last
+  // one bound: switching programs costs more than leaving one bound.
   void useProgram(GLProgram* program) {
     program_ = program;
-    glUseProgram(program ? program->id : 0);
+    if (program && program->id != boundProgram_) {
+      boundProgram_ = program->id;
+      glUseProgram(boundProgram_);
+    }
+  }
+  void restoreProgram() { glUseProgram(boundProgram_); }
+  void forgetProgram(GLuint id) {
+    if (boundProgram_ != id) return;
+    boundProgram_ = 0;
+    glUseProgram(0);
   }
   bool flatShading() const { return state_.renderStates[RS_SHADEMODE] == SHADE_FLAT; }
 
@@ -350,6 +354,7 @@ class GLDevice : public StateDevice {
   int width_ = 0, height_ = 0;
   GLuint vao_ = 0, vbo_ = 0;
   GLProgram* program_ = nullptr;
+  GLuint boundProgram_ = 0;
   GLTextureUnits units_;
   uint64_t pixelSerial_ = 1;
   bool inScene_ = false;
@@ -365,7 +370,10 @@ GLEffect::~GLEffect() {
   gl_->useProgram(nullptr);
   for (auto& pair : programs_)
     for (auto& p : pair)
-      if (p) glDeleteProgram(p->id);
+      if (p) {
+        gl_->forgetProgram(p->id);
+        glDeleteProgram(p->id);
+      }
 }
 
 GLuint GLEffect::compile(GLenum stage, const std::string& text, std::string* errors) {
@@ -448,6 +456,7 @@ GLProgram* GLEffect::program(int t, bool flat, std::string* errors) {
     const GLint at = glGetUniformLocation(p->id, s.name.c_str());
     if (at >= 0) glUniform1i(at, s.unit);
   }
+  gl_->restoreProgram();
   slot = std::move(p);
   return slot.get();
 }
@@ -775,10 +784,19 @@ HRESULT GLDevice::drawPrimitiveUP(int32_t type, uint32_t count, const void* vert
   // Every draw runs inside an effect pass; the device has no program of its own.
   if (!program_ || count == 0) return program_ ? OK : kInvalidCall;
   makeCurrent();
+  const uint32_t changed = dirty_;
+  // Programs learn of a changed pixel stage by its serial number.
+  if (changed & DIRTY_PIXEL_STAGE) ++pixelSerial_;
   flushState();
   sendPixelStage();
-  units_.bind(state_.textures, state_.samplerStates, 2);
-  glUniform1i(program_->hasTexture, state_.textures[0] ? 1 : 0);
+  if (changed & (DIRTY_TEXTURES | DIRTY_SAMPLERS))
+    units_.bind(state_.textures, state_.samplerStates, 2);
+  // Any uniform sent makes the driver copy all of them again: send changes only.
+  const int textured = state_.textures[0] ? 1 : 0;
+  if (program_->hasTextureSent != textured) {
+    program_->hasTextureSent = textured;
+    glUniform1i(program_->hasTexture, textured);
+  }
   const int n = verticesFor(type, count);
   glBindVertexArray(vao_);
   glBindBuffer(GL_ARRAY_BUFFER, vbo_);

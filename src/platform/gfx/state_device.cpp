@@ -193,6 +193,8 @@ const VertexElement* StateDevice::elementsOf(const VertexDeclaration* declaratio
 
 HRESULT StateDevice::setRenderState(uint32_t s, uint32_t value) {
   if (s >= kRenderStateCount) return kInvalidCall;
+  // A backend applies what changed; setting a value again changes nothing.
+  if (state_.renderStates[s] == value) return OK;
   state_.renderStates[s] = value;
   dirty_ |= dirtyBitsOfRenderState(s);
   return OK;
@@ -206,6 +208,7 @@ HRESULT StateDevice::getRenderState(uint32_t s, uint32_t* value) {
 
 HRESULT StateDevice::setSamplerState(uint32_t sampler, uint32_t type, uint32_t value) {
   if (sampler >= kSamplerCount || type >= kSamplerStateCount) return kInvalidCall;
+  if (state_.samplerStates[sampler][type] == value) return OK;
   state_.samplerStates[sampler][type] = value;
   dirty_ |= DIRTY_SAMPLERS;
   return OK;
@@ -213,6 +216,7 @@ HRESULT StateDevice::setSamplerState(uint32_t sampler, uint32_t type, uint32_t v
 
 HRESULT StateDevice::setTextureStageState(uint32_t stage, uint32_t type, uint32_t value) {
   if (stage >= kStageCount || type >= kStageStateCount) return kInvalidCall;
+  if (state_.stageStates[stage][type] == value) return OK;
   state_.stageStates[stage][type] = value;
   dirty_ |= DIRTY_PIXEL_STAGE;
   return OK;
@@ -220,6 +224,7 @@ HRESULT StateDevice::setTextureStageState(uint32_t stage, uint32_t type, uint32_
 
 HRESULT StateDevice::setTexture(uint32_t stage, Texture* texture) {
   if (stage >= kSamplerCount) return kInvalidCall;
+  if (state_.textures[stage] == texture) return OK;
   swapRef(state_.textures[stage], texture);
   dirty_ |= DIRTY_TEXTURES | DIRTY_PIXEL_STAGE;
   return OK;
