@@ -1,5 +1,7 @@
 #include "render_test_support.h"
 
+#include <cmath>
+
 namespace {
 
 void record(ddShape* s, int type, int32_t a = 0, int32_t b = 0) {
@@ -40,6 +42,29 @@ ddShape* polygonShape(const std::vector<std::vector<Pt>>& polygons, ddColor colo
   return s;
 }
 
+ddShape* rectsShape(const std::vector<FilledRect>& rects, const std::vector<ddColor>& fills) {
+  ddShape* s = ddShape_create();
+  for (ddColor colour : fills) {
+    ddFill f{};
+    f.kind = ddFillSolid;
+    f.data.color = colour;
+    f.matrix = ddMatrixIdentity;
+    ddShape_addFill(s, f);
+  }
+  for (const FilledRect& r : rects) {
+    // Clockwise on screen: the inside is on the right, fill1.
+    record(s, ddRecordFill0, -1);
+    record(s, ddRecordFill1, r.fill);
+    ddShape_moveTo(s, fx(r.x0), fx(r.y0));
+    ddShape_lineTo(s, fx(r.x1), fx(r.y0));
+    ddShape_lineTo(s, fx(r.x1), fx(r.y1));
+    ddShape_lineTo(s, fx(r.x0), fx(r.y1));
+    ddShape_lineTo(s, fx(r.x0), fx(r.y0));
+  }
+  ddShape_finish(s);
+  return s;
+}
+
 ddShape* rectShape(double x0, double y0, double x1, double y1, ddColor colour) {
   return polygonShape({{{x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}}}, colour);
 }
@@ -51,24 +76,34 @@ void drawShape(ddRender* r, Canvas& c, const ddMatrix& m, const ddCxform& cx) {
 }
 
 std::vector<double> referenceCoverage(const std::vector<Pt>& poly, int w, int h) {
+  // Exact: the polygon clipped to each pixel square, then its area.
   std::vector<double> out(size_t(w) * h);
-  const int n = 16;
+  auto clip = [](const std::vector<Pt>& in, auto inside, auto cross) {
+    std::vector<Pt> res;
+    for (size_t i = 0; i < in.size(); i++) {
+      const Pt &a = in[i], &b = in[(i + 1) % in.size()];
+      bool ia = inside(a), ib = inside(b);
+      if (ia) res.push_back(a);
+      if (ia != ib) res.push_back(cross(a, b));
+    }
+    return res;
+  };
   for (int y = 0; y < h; y++) {
     for (int x = 0; x < w; x++) {
-      int inside = 0;
-      for (int j = 0; j < n; j++) {
-        for (int i = 0; i < n; i++) {
-          double px = x + (i + 0.5) / n, py = y + (j + 0.5) / n;
-          bool in = false;
-          for (size_t k = 0, l = poly.size() - 1; k < poly.size(); l = k++) {
-            const Pt &a = poly[k], &b = poly[l];
-            if ((a.y > py) != (b.y > py) && px < (b.x - a.x) * (py - a.y) / (b.y - a.y) + a.x)
-              in = !in;
-          }
-          inside += in;
-        }
+      std::vector<Pt> p = poly;
+      for (int side = 0; side < 4 && !p.empty(); side++) {
+        const bool vertical = side < 2;
+        const double limit = side == 0 ? x : side == 1 ? x + 1 : side == 2 ? y : y + 1;
+        const bool keepAbove = side == 0 || side == 2;
+        auto coord = [vertical](const Pt& q) { return vertical ? q.x : q.y; };
+        p = clip(
+            p, [&](const Pt& q) { return keepAbove ? coord(q) >= limit : coord(q) <= limit; },
+            [&](const Pt& a, const Pt& b) {
+              double t = (limit - coord(a)) / (coord(b) - coord(a));
+              return Pt{a.x + t * (b.x - a.x), a.y + t * (b.y - a.y)};
+            });
       }
-      out[size_t(y) * w + x] = inside / double(n * n);
+      out[size_t(y) * w + x] = p.size() < 3 ? 0 : std::fabs(signedArea(p));
     }
   }
   return out;

@@ -12,6 +12,12 @@ struct Pt {
 // A shape of closed polygons, each filled with fill index 0 on the inside
 // whatever its winding: fill1 for clockwise on screen, fill0 otherwise.
 ddShape* polygonShape(const std::vector<std::vector<Pt>>& polygons, ddColor colour);
+// Rectangles of one shape, each with its own fill index into `fills`.
+struct FilledRect {
+  double x0, y0, x1, y1;
+  int fill;
+};
+ddShape* rectsShape(const std::vector<FilledRect>& rects, const std::vector<ddColor>& fills);
 ddShape* rectShape(double x0, double y0, double x1, double y1, ddColor colour);
 
 struct Canvas {
@@ -42,5 +48,5 @@ inline ddFixed fx(double v) {
   return ddFixed_fromDouble(v);
 }
 
-// Area of the polygon inside each pixel, by 16x16 supersampling, 0 to 1.
+// Area of the polygon inside each pixel, exactly, 0 to 1.
 std::vector<double> referenceCoverage(const std::vector<Pt>& polygon, int w, int h);

@@ -5,9 +5,10 @@
 // object goes in first and everything after it goes under what is there.
 // Edges are flattened and transformed to device space once and kept until the
 // matrix changes. Scan conversion is exact-area: every scanline accumulates
-// coverage in one shared row of 20-bit cells (a whole cell is 0xFFFFF) through
-// edge cells plus full spans, and readers take bits 12 to 19 only, so a span
-// laid over a partly covered edge cell wraps back to the partial value.
+// the signed area of its edges per cell and sums it along the row; the shared
+// coverage row then holds each cell's level, 0 to 255, in bits 12 to 19, and
+// the paint of the edge nearest on the left draws the cell, so neighbouring
+// fills never blend.
 //
 // The rows are shared by every render in the process: one draw at a time.
 #pragma once
@@ -113,12 +114,9 @@ void ddEdgeGroup_drawStrokes(ddEdgeGroup* group, ddSurface* surface, const ddCxf
                              const ddRect& clip);
 void ddEdge_stroke(const ddEdge* edge, ddColor colour, ddSurface* surface, const ddRect& clip);
 
-// Coverage of a cell, 0 to 255, from its bits 12 to 19; a cell that was
-// touched and wrapped to exactly zero there is whole.
+// Coverage of a cell, 0 to 255, from its bits 12 to 19.
 inline uint32_t ddCoverage_level(uint32_t cell) {
-  uint32_t m = cell & 0xFFFFF;
-  if (!m) return cell ? 255 : 0;
-  return m >> 12;
+  return (cell >> 12) & 255;
 }
 
 // Fills a paint's cells [minX, maxX) of row y into the pixel row.

@@ -1,7 +1,8 @@
-// Scan conversion: the active edge list, exact-area coverage of edge cells and
-// spans in the shared coverage row, and the row step that fills and
-// composites front to back.
+// Scan conversion: the active edge list, exact-area coverage accumulated as
+// signed area per cell, and the row step that fills and composites front to
+// back.
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -18,230 +19,130 @@ uint8_t maskBytes[ddRowWidth];
 inline int32_t w32(int64_t v) {
   return ddWrap(v);
 }
-inline int32_t g(int32_t t) {
-  return t & 1023;
-}
 
 struct Row {
   int y;
-  int xa, xb;            // pixel limits of this draw
-  ddPaint* list;         // paints touched on this row, last in first
-  int spanMin, spanMax;  // cells that spans wrote, so they are cleared too
+  int xa, xb;  // pixel limits of this draw
+  int lo, hi;  // cells [lo, hi] that hold deltas or marks
+  // Paint right of the nearest edge wholly left of the draw: the owner of
+  // the first cells until an edge touches one.
+  ddPaint* leftPaint;
+  int64_t leftX;
 };
 
-// Cell arithmetic is exact modulo one whole cell (1 << 20): every edge term is
-// reduced into [0, 1 << 20) and spans add exactly one cell, so the bits below
-// 20 hold the true coverage. A cell whose low bits are zero but which was
-// reached by something is whole (see ddCoverage_level).
-constexpr int64_t kOne = int64_t(1) << 20;
+// Coverage is accumulated exactly as signed area: every edge adds, in each
+// cell it crosses, the part of the cell right of it (within its height in the
+// row), and carries its whole height into the next cell; a running sum over
+// the row then gives each cell's covered area, 1 << 20 for a whole cell. The
+// sign is +1 where the edge has a paint on its right side only, -1 on its
+// left side only, and 0 between two paints, so the sum is the area covered by
+// any fill of the group. Which paint draws a cell is decided apart from that:
+// the paint of the edge that touched it, or for cells between edges the paint
+// right of the edge before them. Two fills meeting in a cell thus never blend.
 
-inline void add(const Row& row, ddPaint* p, int64_t c, int64_t v) {
-  // A zero still widens the paint's range: the span that ends at this cell
-  // must be read.
-  if (!p) return;
-  if (c < row.xa) {
-    p->minX = row.xa;
-    return;
-  }
+int32_t delta[ddRowWidth + 1];    // area deltas; prefix sums are coverage
+ddPaint* touchOwner[ddRowWidth];  // paint of the edge that touched a cell
+ddPaint* touchRight[ddRowWidth];  // paint right of that edge (may be none)
+uint32_t touchStamp[ddRowWidth];  // row stamp: the cell was touched this row
+uint32_t stamp = 0;
+
+inline void mark(Row& row, int64_t c, ddPaint* owner, ddPaint* right) {
+  touchOwner[c] = owner;
+  touchRight[c] = right;
+  touchStamp[c] = stamp;
+  row.lo = std::min<int>(row.lo, int(c));
+  row.hi = std::max<int>(row.hi, int(c));
+}
+
+// Adds `area` (area right of the edge in cell c) and its carry `height << 10`
+// into the delta row, with cells left of the draw folded into its first cell.
+inline void deposit(Row& row, int64_t c, int64_t area, int64_t height, int sign) {
   if (c >= row.xb) {
-    p->maxX = row.xb;
+    // Right of the draw: it still closes what lies left of it.
+    row.hi = std::max(row.hi, row.xb);
     return;
   }
-  uint32_t part = uint32_t(v & (kOne - 1));
-  p->coverage[c] += part || !v ? part : uint32_t(kOne);
-  if (c < p->minX) p->minX = int32_t(c);
-  if (c + 1 > p->maxX) p->maxX = int32_t(c + 1);
+  if (c < row.xa) {
+    delta[row.xa] += int32_t(sign * (height << 10));
+    row.lo = std::min(row.lo, row.xa);
+    return;
+  }
+  delta[c] += int32_t(sign * area);
+  delta[c + 1] += int32_t(sign * ((height << 10) - area));
+  row.hi = std::max<int>(row.hi, int(c + 1));
+  row.lo = std::min<int>(row.lo, int(c));
 }
 
-// `first` takes the area left of the edge, `second` the rest.
-inline void split(const Row& row, ddPaint* first, ddPaint* second, int64_t c, int64_t v) {
-  add(row, first, c, kOne - v);
-  add(row, second, c, v);
-}
-inline void split2(const Row& row, ddPaint* first, ddPaint* second, int64_t c, int64_t v) {
-  add(row, first, c, v);
-  add(row, second, c, kOne - v);
+// x of the edge's line at height y, rounded down; y between y0 and y1.
+inline int64_t xAt(const ddEdge* e, int64_t y) {
+  if (y <= e->y0) return e->x0;
+  if (y >= e->y1) return e->x1;
+  int64_t dy = int64_t(e->y1) - e->y0, t = (int64_t(e->x1) - e->x0) * (y - e->y0);
+  return e->x0 + (t >= 0 ? t / dy : -((-t + dy - 1) / dy));
 }
 
-void coverLeftward(ddEdge* e, ddPaint* first, ddPaint* second, const Row& row) {
+void cover(ddEdge* e, const ddEdgeGroup* group, Row& row) {
+  ddPaint* rightSide = group->flip ? e->left : e->right;
+  ddPaint* leftSide = group->flip ? e->right : e->left;
+  const int sign = (rightSide ? 1 : 0) - (leftSide ? 1 : 0);
+  ddPaint* owner = rightSide ? rightSide : leftSide;
   const int64_t T = int64_t(row.y) << 10, B = int64_t(row.y + 1) << 10;
-  const int64_t X = e->curX, fX = g(e->curX), dxdy = e->dxdy, dydx = e->dydx;
-  const int64_t xn = X + dxdy;
-  const int64_t end = std::max<int64_t>(xn, e->x1);
-  int64_t curY = e->curY;
-  int64_t c;
-  if (e->y0 < T) {
-    c = X >> 10;
-    if ((e->x1 >> 10) == c && e->y1 < B) {
-      split(row, first, second, c, ((1024 - g(e->x1)) << 10) - ((fX - g(e->x1)) * g(e->y1)) / 2);
-      return;
-    }
-    if (fX + dxdy > 0) {
-      int64_t v = ((dxdy / 2) + fX) << 10;
-      add(row, first, c, v);
-      add(row, second, c, kOne - v);
-      e->curX = w32(xn);
-      return;
-    }
-    curY = w32(curY + dydx);
-    int64_t v = w32((fX * curY) / 2);
-    add(row, first, c, v);
-    add(row, second, c, kOne - v);
-  } else {
-    c = e->x0 >> 10;
-    if (e->y1 < B && (e->x1 >> 10) == c) {
-      split(row, first, second, c, (1024 - (g(e->y1) + g(e->y0)) / 2) * (int64_t(e->x0) - e->x1));
-      return;
-    }
-    if ((xn >> 10) == c) {
-      e->curX = w32(xn);
-      split(row, first, second, c, ((g(e->x0) - (xn & 1023)) * (1024 - g(e->y0))) / 2);
-      return;
-    }
-    curY = w32(curY + dydx);
-    // v is the strip left of x0 under the edge, which lies to its right.
-    int64_t v = w32((1024 - (g(e->y0) + curY) / 2) * g(e->x0));
-    add(row, first, c, kOne - v);
-    add(row, second, c, v);
+  const int64_t ya = std::max<int64_t>(T, e->y0), yb = std::min<int64_t>(B, e->y1);
+  const int64_t xt = xAt(e, ya), xbot = xAt(e, yb);
+  e->curX = w32(xbot);
+  if (yb <= ya) return;
+  // Walk from left to right whatever the slope; y runs along with x.
+  int64_t xl = xt, xr = xbot, yl = ya, yr = yb;
+  if (xl > xr) {
+    std::swap(xl, xr);
+    std::swap(yl, yr);
   }
-  c--;
-  const int64_t last = end >> 10;
-  // Whole cells outside the draw only move the paint limits; skip them in one
-  // step, keeping curY where the walk would have left it.
-  if (c > last && c >= row.xb) {
-    int64_t skip = c - std::max<int64_t>(last, row.xb - 1);
-    add(row, first, c, 1);
-    add(row, second, c, 1);
-    curY = w32(curY + skip * dydx);
-    c -= skip;
+  int64_t c = xl >> 10;
+  const int64_t cLast = xr >> 10;
+  if (cLast < row.xa) {
+    // Wholly left of the draw: only its carry and the paint right of it.
+    deposit(row, cLast, 0, yb - ya, sign);
+    if (xr >= row.leftX) {
+      row.leftX = xr;
+      row.leftPaint = rightSide;
+    }
+    return;
   }
-  while (c > last) {
-    if (c < row.xa) {
-      add(row, first, c, 1);
-      add(row, second, c, 1);
-      curY = w32(curY + (c - last) * dydx);
-      c = last;
-      break;
-    }
-    int64_t v = w32(((dydx / 2) + curY) << 10);
-    add(row, first, c, v);
-    add(row, second, c, kOne - v);
-    curY = w32(curY + dydx);
-    c--;
+  auto touch = [&](int64_t cell) {
+    if (cell >= row.xa && cell < row.xb) mark(row, cell, owner, rightSide);
+  };
+  if (c == cLast) {
+    // Within one column: a trapezoid right of the edge.
+    int64_t mid = ((xl & 1023) + (xr & 1023));  // twice the mean offset
+    int64_t h = yb - ya;
+    deposit(row, c, (h * (2048 - mid)) >> 1, h, sign);
+    touch(c);
+    return;
   }
-  e->curX = w32(int64_t(e->curX) + dxdy);
-  const int64_t cx = e->curX;
-  if (cx <= e->x1 && e->y1 != B) {
-    split(row, first, second, c, (1024 - (g(e->y1) + curY) / 2) * (1024 - g(e->x1)));
-  } else if (curY >= 1024 && e->y1 != B) {
-    add(row, first, c, ddFullCell);
-  } else {
-    split(row, first, second, c, ((1024 - (cx & 1023)) * (1024 - curY)) / 2);
+  // Cells on the way may lie far outside the draw: take them in one step.
+  const int64_t dx = xr - xl, dyv = yr - yl;
+  auto yAtX = [&](int64_t X) { return yl + dyv * (X - xl) / dx; };
+  int64_t px = xl, py = yl;
+  if (c < row.xa - 1 && cLast >= row.xa) {
+    int64_t X = int64_t(row.xa - 1) << 10;
+    int64_t y = yAtX(X);
+    deposit(row, c, 0, std::abs(y - py), sign);
+    px = X;
+    py = y;
+    c = row.xa - 1;
   }
-  e->curY = w32(curY);
-}
-
-void coverRightward(ddEdge* e, ddPaint* first, ddPaint* second, const Row& row) {
-  const int64_t T = int64_t(row.y) << 10, B = int64_t(row.y + 1) << 10;
-  const int64_t X = e->curX, fX = g(e->curX), dxdy = e->dxdy, dydx = e->dydx;
-  const int64_t xn = X + dxdy;
-  const int64_t end = std::min<int64_t>(xn, e->x1);
-  int64_t curY = e->curY;
-  int64_t c;
-  if (e->y0 < T) {
-    c = X >> 10;
-    if (e->x1 < ((c + 1) << 10) && e->y1 < B) {
-      split2(row, first, second, c, (int64_t(g(e->x1)) << 10) - ((g(e->x1) - fX) * g(e->y1)) / 2);
-      return;
-    }
-    if (fX + dxdy < 1024) {
-      int64_t v = ((dxdy / 2) + fX) << 10;
-      add(row, first, c, v);
-      add(row, second, c, kOne - v);
-      e->curX = w32(xn);
-      return;
-    }
-    curY = w32(curY + dydx);
-    int64_t v = w32(((1024 - fX) * curY) / 2);
-    add(row, first, c, kOne - v);
-    add(row, second, c, v);
-  } else {
-    c = e->x0 >> 10;
-    if (e->y1 < B && e->x1 < ((c + 1) << 10)) {
-      split2(row, first, second, c, (1024 - (g(e->y1) + g(e->y0)) / 2) * (int64_t(e->x1) - e->x0));
-      return;
-    }
-    if (xn < ((c + 1) << 10)) {
-      e->curX = w32(xn);
-      split2(row, first, second, c, (((xn & 1023) - g(e->x0)) * (1024 - g(e->y0))) / 2);
-      return;
-    }
-    curY = w32(curY + dydx);
-    int64_t v = w32((1024 - (g(e->y0) + curY) / 2) * (1024 - g(e->x0)));
-    add(row, first, c, v);
-    add(row, second, c, kOne - v);
-  }
-  c++;
-  const int64_t last = end >> 10;
-  if (c < last && c < row.xa) {
-    int64_t skip = std::min<int64_t>(last, row.xa) - c;
-    add(row, first, c, 1);
-    add(row, second, c, 1);
-    curY = w32(curY + skip * dydx);
-    c += skip;
-  }
-  while (c < last) {
-    if (c >= row.xb) {
-      add(row, first, c, 1);
-      add(row, second, c, 1);
-      curY = w32(curY + (last - c) * dydx);
-      c = last;
-      break;
-    }
-    int64_t v = w32(((dydx / 2) + curY) << 10);
-    add(row, first, c, kOne - v);
-    add(row, second, c, v);
-    curY = w32(curY + dydx);
+  while (c <= cLast && c < row.xb) {
+    int64_t X = std::min<int64_t>((c + 1) << 10, xr);
+    int64_t y = c == cLast ? yr : yAtX(X);
+    int64_t h = std::abs(y - py);
+    int64_t f0 = px - (c << 10), f1 = X - (c << 10);
+    deposit(row, c, (h * (2048 - f0 - f1)) >> 1, h, sign);
+    touch(c);
+    px = X;
+    py = y;
     c++;
   }
-  e->curX = w32(int64_t(e->curX) + dxdy);
-  const int64_t cx = e->curX;
-  if (cx >= e->x1 && e->y1 != B) {
-    split2(row, first, second, c, (1024 - (g(e->y1) + curY) / 2) * g(e->x1));
-  } else if (curY >= 1024 && e->y1 != B) {
-    add(row, second, c, ddFullCell);
-  } else {
-    split2(row, first, second, c, ((cx & 1023) * (1024 - curY)) / 2);
-  }
-  e->curY = w32(curY);
-}
-
-void cover(ddEdge* e, const ddEdgeGroup* group, const Row& row) {
-  ddPaint* first = group->flip ? e->right : e->left;
-  ddPaint* second = group->flip ? e->left : e->right;
-  if (e->dxdy == 0) {
-    // A vertical edge that starts inside the row leaves that row to the edge
-    // that joins it there.
-    if (e->y0 > (int64_t(row.y) << 10)) return;
-    int64_t c = e->curX >> 10;
-    if (c >= row.xa && c <= row.xb) {
-      split(row, first, second, c, int64_t(1024 - g(e->curX)) << 10);
-    } else {
-      add(row, first, c, ddFullCell);
-      add(row, second, c, ddFullCell);
-    }
-  } else if (e->dxdy < 0) {
-    coverLeftward(e, first, second, row);
-  } else {
-    coverRightward(e, first, second, row);
-  }
-}
-
-void pushPaint(Row& row, ddPaint* p) {
-  if (!p || p->inRow) return;
-  p->inRow = 1;
-  p->nextInRow = row.list;
-  row.list = p;
+  if (c <= cLast) row.hi = std::max(row.hi, row.xb);
 }
 
 void unlink(ddEdgeGroup* group, ddEdge* e) {
@@ -289,55 +190,48 @@ void activate(ddEdgeGroup* group, int y) {
   }
 }
 
-// Steps 2 to 5 of a row: activation, edge cells, removal of ending edges and
-// spans. Leaves the touched paints in `row.list`.
+// Activation, coverage of every active edge, removal of edges that end in
+// the row. Leaves the deltas and marks of cells [row.lo, row.hi].
 void coverRow(ddEdgeGroup* group, Row& row) {
-  const int64_t rowTop = int64_t(row.y) << 10, rowBottom = int64_t(row.y + 1) << 10;
+  const int64_t rowBottom = int64_t(row.y + 1) << 10;
   activate(group, row.y);
-  for (ddEdge* e = group->active; e;) {
-    ddEdge* next = e->nextActive;
-    // An edge that ended on this row's top line stays for the strip left of
-    // its end; take that end exactly rather than the stepped position.
-    if (e->y1 <= rowTop) e->curX = e->x1;
-    cover(e, group, row);
-    if ((e->y1 >> 10) > row.y) {
-      int64_t f = e->curX & 1023;
-      if (e->dxdy <= 0) f = 1024 - f;
-      e->curY = w32(-((f * e->dydx) / 1024));
-    }
-    pushPaint(row, e->right);
-    pushPaint(row, e->left);
-    e = next;
-  }
+  stamp++;
+  for (ddEdge* e = group->active; e; e = e->nextActive) cover(e, group, row);
   for (ddEdge* e = group->active; e;) {
     ddEdge* next = e->nextActive;
     if (e->y1 < rowBottom) unlink(group, e);
     e = next;
   }
-  for (ddEdge* e = group->active; e && e->nextActive; e = e->nextActive) {
-    ddPaint* p = group->flip ? e->left : e->right;
-    if (!p) continue;
-    int from = int(std::max<int64_t>(e->curX >> 10, row.xa));
-    int to = int(std::min<int64_t>(e->nextActive->curX >> 10, row.xb));
-    for (int c = from; c < to; c++) p->coverage[c] += uint32_t(kOne);
-    if (from < to) {
-      row.spanMin = std::min(row.spanMin, from);
-      row.spanMax = std::max(row.spanMax, to);
+}
+
+// Turns the deltas of cells [lo, hi] into coverage levels in the coverage
+// row, each shifted to bits 12 to 19 where the fills read it, and decides
+// each cell's paint.
+void resolve(Row& row, ddPaint** owners) {
+  int64_t sum = 0;
+  ddPaint* current = row.leftPaint;
+  for (int c = row.lo; c <= row.hi; c++) {
+    sum += delta[c];
+    delta[c] = 0;
+    if (c >= row.xb) continue;
+    if (touchStamp[c] == stamp) {
+      owners[c] = touchOwner[c];
+      current = touchRight[c];
+    } else {
+      owners[c] = current;
     }
+    int64_t level = std::min<int64_t>(255, ((sum < 0 ? -sum : sum) + 2048) >> 12);
+    coverageRow[c] = uint32_t(level) << 12;
   }
 }
+
+ddPaint* cellOwner[ddRowWidth];
 
 void resetPaint(ddPaint* p, int width) {
   p->minX = width;
   p->maxX = -1;
   p->inRow = 0;
   p->nextInRow = nullptr;
-}
-
-// Clears span cells that no paint's range took, so the row stays zero.
-void clearSpans(const Row& row) {
-  if (row.spanMin < row.spanMax)
-    std::memset(coverageRow + row.spanMin, 0, size_t(row.spanMax - row.spanMin) * 4);
 }
 
 }  // namespace
@@ -357,57 +251,52 @@ void ddEdgeGroup_scanRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd
   if (!group) return;
   // Later groups are nearer the front.
   if (group->next) ddEdgeGroup_scanRow(group->next, y, xStart, xEnd, surface, maskRow, cxform);
-  Row row{y, xStart >> 10, int(((int64_t(xEnd) - 1) >> 10) + 1), nullptr, ddRowWidth, 0};
+  Row row{y,       xStart >> 10, int(((int64_t(xEnd) - 1) >> 10) + 1), ddRowWidth + 1, -1,
+          nullptr, INT64_MIN};
   coverRow(group, row);
-  int lo = ddRowWidth, hi = 0;
-  const int width = surface->width;
-  for (ddPaint* p = row.list; p;) {
-    ddPaint* next = p->nextInRow;
-    if (p->minX < 0 || p->maxX > width) {
-      std::fputs("bad fill bounds", stderr);
-    } else if (p->minX < p->maxX) {
-      if (maskRow) {
-        for (int x = p->minX; x < p->maxX; x++) {
-          uint8_t m = maskRow[x];
-          if (m == 255) continue;
-          coverageRow[x] = (ddCoverage_level(coverageRow[x]) * m / 255) << 12;
-        }
-      }
-      ddPaint_fillRow(p, y, pixelRow, cxform);
-      lo = std::min(lo, p->minX);
-      hi = std::max(hi, p->maxX);
-      std::memset(coverageRow + p->minX, 0, size_t(p->maxX - p->minX) * 4);
+  if (row.lo > row.hi) return;
+  resolve(row, cellOwner);
+  const int lo = row.lo, hi = std::min(row.hi + 1, row.xb);
+  if (maskRow) {
+    for (int x = lo; x < hi; x++) {
+      uint8_t m = maskRow[x];
+      if (m != 255) coverageRow[x] = (ddCoverage_level(coverageRow[x]) * m / 255) << 12;
     }
-    resetPaint(p, width);
-    p = next;
   }
-  clearSpans(row);
-  if (lo < hi) {
-    ddColor* target = surface->pixels + size_t(y) * width;
-    for (int x = lo; x < hi; x++) target[x] = ddColor_under(target[x], pixelRow[x]);
-    std::memset(pixelRow + lo, 0, size_t(hi - lo) * 4);
+  // Each run of cells with one paint is filled by that paint alone.
+  const int width = surface->width;
+  for (int x = lo; x < hi;) {
+    ddPaint* p = cellOwner[x];
+    int end = x + 1;
+    while (end < hi && cellOwner[end] == p) end++;
+    if (p) {
+      p->minX = x;
+      p->maxX = end;
+      ddPaint_fillRow(p, y, pixelRow, cxform);
+      resetPaint(p, width);
+    }
+    x = end;
   }
+  std::memset(coverageRow + lo, 0, size_t(hi - lo) * 4);
+  ddColor* target = surface->pixels + size_t(y) * width;
+  for (int x = lo; x < hi; x++) target[x] = ddColor_under(target[x], pixelRow[x]);
+  std::memset(pixelRow + lo, 0, size_t(hi - lo) * 4);
 }
 
 void ddEdgeGroup_maskRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd,
                          ddSurface* surface, uint8_t* maskRow) {
   if (!group) return;
   if (group->next) ddEdgeGroup_maskRow(group->next, y, xStart, xEnd, surface, maskRow);
-  Row row{y, xStart >> 10, int(((int64_t(xEnd) - 1) >> 10) + 1), nullptr, ddRowWidth, 0};
+  Row row{y,       xStart >> 10, int(((int64_t(xEnd) - 1) >> 10) + 1), ddRowWidth + 1, -1,
+          nullptr, INT64_MIN};
   coverRow(group, row);
-  const int width = surface->width;
-  for (ddPaint* p = row.list; p;) {
-    ddPaint* next = p->nextInRow;
-    if (p->minX >= 0 && p->maxX <= width && p->minX < p->maxX) {
-      // The raw cell is added: masks are hard-edged.
-      for (int x = p->minX; x < p->maxX; x++)
-        maskRow[x] = uint8_t(std::min<uint64_t>(255, uint64_t(maskRow[x]) + coverageRow[x]));
-      std::memset(coverageRow + p->minX, 0, size_t(p->maxX - p->minX) * 4);
-    }
-    resetPaint(p, width);
-    p = next;
-  }
-  clearSpans(row);
+  if (row.lo > row.hi) return;
+  resolve(row, cellOwner);
+  const int lo = row.lo, hi = std::min(row.hi + 1, row.xb);
+  // Masks are hard-edged: any coverage under a paint lets the shape through.
+  for (int x = lo; x < hi; x++)
+    if (cellOwner[x] && coverageRow[x]) maskRow[x] = 255;
+  std::memset(coverageRow + lo, 0, size_t(hi - lo) * 4);
 }
 
 void ddEdgeGroup_reset(ddEdgeGroup* group) {
