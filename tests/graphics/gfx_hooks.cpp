@@ -1,14 +1,11 @@
 // Test and benchmark helpers for the JVM, in the GL context that the graphics
-// device made current on the calling thread: pixels of the back buffer, a
-// PNG of it, and the plain-GL counterpart of immediate-mode quads.
+// device made current on the calling thread: pixels of the back buffer and
+// the plain-GL counterpart of immediate-mode quads.
 #include <SDL.h>
 #include <jni.h>
-#include <png.h>
 
 #define GL_GLEXT_PROTOTYPES 1
 #include <GL/glcorearb.h>
-
-#include <vector>
 
 #include "plain_quads.h"
 
@@ -32,26 +29,6 @@ extern "C" JNIEXPORT jint JNICALL Java_vostan_test_GfxHooks_pixel(JNIEnv*, jclas
   glReadPixels(x, h - 1 - y, 1, 1, GL_BGRA, GL_UNSIGNED_BYTE, bgra);
   return static_cast<jint>(uint32_t{bgra[3]} << 24 | uint32_t{bgra[2]} << 16 |
                            uint32_t{bgra[1]} << 8 | bgra[0]);
-}
-
-extern "C" JNIEXPORT jboolean JNICALL Java_vostan_test_GfxHooks_writePng(JNIEnv* env, jclass,
-                                                                         jstring path) {
-  int w, h;
-  if (!drawableSize(w, h)) return JNI_FALSE;
-  std::vector<uint8_t> rgb(static_cast<std::size_t>(w) * h * 3);
-  glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
-  glPixelStorei(GL_PACK_ALIGNMENT, 1);
-  glReadPixels(0, 0, w, h, GL_RGB, GL_UNSIGNED_BYTE, rgb.data());
-  const char* p = env->GetStringUTFChars(path, nullptr);
-  png_image image{};
-  image.version = PNG_IMAGE_VERSION;
-  image.width = static_cast<png_uint_32>(w);
-  image.height = static_cast<png_uint_32>(h);
-  image.format = PNG_FORMAT_RGB;
-  // GL's rows run bottom up; a negative stride tells libpng so.
-  const bool ok = png_image_write_to_file(&image, p, 0, rgb.data(), -w * 3, nullptr) != 0;
-  env->ReleaseStringUTFChars(path, p);
-  return ok ? JNI_TRUE : JNI_FALSE;
 }
 
 extern "C" JNIEXPORT jlong JNICALL Java_vostan_test_GfxHooks_plainQuads(JNIEnv*, jclass,

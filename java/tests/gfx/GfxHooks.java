@@ -11,8 +11,6 @@ public final class GfxHooks {
   /** 0xAARRGGBB of the back buffer at x from the left, y from the top. */
   public static native int pixel(int x, int y);
 
-  public static native boolean writePng(String path);
-
   /** Nanoseconds to draw `count` quads with plain GL calls, one draw each. */
   public static native long plainQuads(int count);
 }

@@ -72,7 +72,17 @@ public final class QuadSceneTest {
     check(!near(GfxHooks.pixel(80, 20), clear, 10), "and reaches up to the top: "
         + hex(GfxHooks.pixel(80, 20)));
     File png = new File(System.getProperty("java.io.tmpdir"), "vostan-quad-scene.png");
-    check(GfxHooks.writePng(png.getPath()) && png.length() > 100, "frame written to " + png);
+    png.delete();
+    check(QuadScene.writeFramePng(png.getPath()) && png.length() > 100, "frame written to " + png);
+    try {
+      java.awt.image.BufferedImage picture = javax.imageio.ImageIO.read(png);
+      check(picture.getWidth() == 160 && picture.getHeight() == 120
+          && picture.getRGB(80, 20) == GfxHooks.pixel(80, 20)
+          && picture.getRGB(136, 18) == GfxHooks.pixel(136, 18),
+          "the picture holds the back buffer's pixels, top row first");
+    } catch (java.io.IOException e) {
+      check(false, "picture read back: " + e);
+    }
 
     for (int frame = 0; frame < 10; frame++) {
       scene.draw(160, 120, QuadScene.angleAt(frame * 100L));

@@ -15,6 +15,9 @@ public final class QuadScene {
 
   private final float[] matrix = new float[16];
 
+  /** Writes the back buffer as it stands (before the swap) to a PNG file. */
+  public static native boolean writeFramePng(String path);
+
   /** The rotation of the quad after `millis` of running time. */
   public static float angleAt(long millis) {
     return (float) ((millis % 4000L) * (2.0 * Math.PI / 4000.0));
