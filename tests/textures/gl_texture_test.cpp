@@ -151,14 +151,22 @@ TEST_F(GLTextures, ReadPixelsRunsBottomUp) {
 }
 
 TEST_F(GLTextures, ResetKeepsManagedPixelsAndEmptiesRenderTextures) {
-  const uint8_t green[16] = {0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255};
+  // Colours unlike themselves with red and blue swapped: the two kinds of
+  // 32-bit texture keep their bytes in GL differently.
+  const uint8_t orange[4] = {255, 128, 0, 255}, azure[4] = {0, 64, 255, 255};
+  std::vector<uint8_t> fill(2 * 2 * 4);
+  for (std::size_t i = 0; i < fill.size(); ++i) fill[i] = orange[i % 4];
   const int32_t managed = createTextureSlot(*g);
-  texImage2D(*g, managed, gl::kRgba, 2, 2, 0, gl::kRgba, gl::kUnsignedByte, green);
+  texImage2D(*g, managed, gl::kRgba, 2, 2, 0, gl::kRgba, gl::kUnsignedByte, fill.data());
   const int32_t render = createTextureSlot(*g);
   texImage2D(*g, render, gl::kRgba, 2, 2, 1, gl::kRgba, gl::kUnsignedByte, nullptr);
-  texSubImage2D(*g, 0, 0, 2, 2, gl::kRgba, gl::kUnsignedByte, green);
+  for (std::size_t i = 0; i < fill.size(); ++i) fill[i] = azure[i % 4];
+  texSubImage2D(*g, 0, 0, 2, 2, gl::kRgba, gl::kUnsignedByte, fill.data());
   drawBound(0);
-  ASSERT_TRUE(near(texel(0, 0), 0xFF00FF00u));
+  EXPECT_TRUE(near(texel(0, 0), 0xFF0040FFu));
+  bindTexture(*g, managed);
+  drawBound(0);
+  EXPECT_TRUE(near(texel(0, 0), 0xFFFF8000u));
 
   ::testing::internal::CaptureStdout();
   g->resetDevice();
@@ -166,11 +174,11 @@ TEST_F(GLTextures, ResetKeepsManagedPixelsAndEmptiesRenderTextures) {
   const float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
   g->setMatrix(0, identity);
   bindTexture(*g, managed);
-  drawBound(0x0000FF);
-  EXPECT_TRUE(near(texel(1, 1), 0xFF00FF00u));
+  drawBound(0x00FF00);
+  EXPECT_TRUE(near(texel(1, 1), 0xFFFF8000u));
   bindTexture(*g, render);
-  drawBound(0x0000FF);
-  EXPECT_TRUE(near(texel(1, 1), 0xFF0000FFu)) << "transparent black over blue";
+  drawBound(0x00FF00);
+  EXPECT_TRUE(near(texel(1, 1), 0xFF00FF00u)) << "transparent black over green";
   EXPECT_EQ(g->getTextureStageState(4096), 2);
 }
 

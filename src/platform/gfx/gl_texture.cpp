@@ -15,6 +15,10 @@ namespace {
 // How GL stores and reads a device format. The upload format and type read
 // the device's little-endian words as the device means them; the swizzle
 // gives one- and two-channel formats the colours the device samples.
+// 32-bit textures that are only sampled take their bytes as they are, with
+// red and blue swapped in the swizzle: a plain copy is the upload that every
+// driver has a fast path for. Render targets can't do that, since what is
+// drawn into them must land in the channels the sampler reads.
 struct GLFormat {
   GLint internalFormat;
   GLenum format, type;
@@ -23,16 +27,19 @@ struct GLFormat {
 
 constexpr GLint R = GL_RED, G = GL_GREEN, B = GL_BLUE, A = GL_ALPHA, ZERO = GL_ZERO, ONE = GL_ONE;
 
-bool glFormatOf(int32_t format, GLFormat& out) {
+bool glFormatOf(int32_t format, uint32_t usage, GLFormat& out) {
+  const bool sampledOnly = !(usage & USAGE_RENDERTARGET);
   switch (format) {
     case FMT_R8G8B8:  // bytes B, G, R
       out = {GL_RGB8, GL_BGR, GL_UNSIGNED_BYTE, {R, G, B, ONE}};
       return true;
-    case FMT_A8R8G8B8:
-      out = {GL_RGBA8, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV, {R, G, B, A}};
+    case FMT_A8R8G8B8:  // bytes B, G, R, A
+      out = sampledOnly ? GLFormat{GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE, {B, G, R, A}}
+                        : GLFormat{GL_RGBA8, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV, {R, G, B, A}};
       return true;
     case FMT_X8R8G8B8:
-      out = {GL_RGBA8, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV, {R, G, B, ONE}};
+      out = sampledOnly ? GLFormat{GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE, {B, G, R, ONE}}
+                        : GLFormat{GL_RGBA8, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV, {R, G, B, ONE}};
       return true;
     case FMT_R5G6B5:
       out = {GL_RGB8, GL_RGB, GL_UNSIGNED_SHORT_5_6_5, {R, G, B, ONE}};
@@ -210,7 +217,7 @@ void GLContextRef::makeCurrent() const {
 
 bool glTextureFormatSupported(int32_t format) {
   GLFormat f;
-  return glFormatOf(format, f);
+  return glFormatOf(format, 0, f);
 }
 
 HRESULT createGLTexture(const GLContextRef& context, uint32_t width, uint32_t height,
@@ -218,7 +225,8 @@ HRESULT createGLTexture(const GLContextRef& context, uint32_t width, uint32_t he
                         Texture** out) {
   *out = nullptr;
   GLFormat f;
-  if (levels != 1 || width == 0 || height == 0 || !glFormatOf(format, f)) return kNotAvailable;
+  if (levels != 1 || width == 0 || height == 0 || !glFormatOf(format, usage, f))
+    return kNotAvailable;
   SurfaceDesc d;
   d.format = format;
   d.type = RTYPE_TEXTURE;
