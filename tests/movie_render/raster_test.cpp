@@ -155,6 +155,31 @@ TEST(Coverage, FillShownTwiceOnARowLeavesTheFillBetweenAlone) {
   }
 }
 
+// A point belongs to the shape when the nearest edge to its left has a paint
+// on its right: a square of one fill set inside a square of another is hit
+// in both, where counting crossings would call the inner one a hole; a true
+// hole, an area left of everything and one outside the bounds are not.
+TEST(Hit, NearestEdgeOnTheLeftDecidesByThePaintOnItsRight) {
+  const ddColor red = rgba(255, 0, 0, 255), blue = rgba(0, 0, 255, 255);
+  Shape nested(rectsShape({{0, 0, 10, 10, 0}, {3, 3, 7, 7, 1, 0}}, {red, blue}));
+  Shape ring(rectsShape({{0, 0, 10, 10, 0}, {3, 3, 7, 7, -1, 0}}, {red}));
+  Canvas c(12, 12);
+  drawShape(nested.render, c);
+  drawShape(ring.render, c);
+  auto hit = [](const Shape& s, double x, double y) {
+    return ddRender_hit(s.render, fx(x), fx(y));
+  };
+  EXPECT_TRUE(hit(nested, 5, 5));
+  EXPECT_TRUE(hit(nested, 1.5, 5));
+  EXPECT_TRUE(hit(nested, 8.5, 5));
+  EXPECT_FALSE(hit(ring, 5, 5));
+  EXPECT_TRUE(hit(ring, 1.5, 5));
+  EXPECT_TRUE(hit(ring, 5, 1.5));
+  EXPECT_FALSE(hit(ring, -1, 5));
+  EXPECT_FALSE(hit(ring, 11, 5));
+  EXPECT_FALSE(hit(ring, 5, 10.5));
+}
+
 TEST(Compositing, FrontToBackWithSemiTransparentLayers) {
   Canvas c(4, 4);
   // Drawn nearest first: half red over half blue over opaque white.

@@ -53,7 +53,7 @@ ddShape* rectsShape(const std::vector<FilledRect>& rects, const std::vector<ddCo
   }
   for (const FilledRect& r : rects) {
     // Clockwise on screen: the inside is on the right, fill1.
-    record(s, ddRecordFill0, -1);
+    record(s, ddRecordFill0, r.outside);
     record(s, ddRecordFill1, r.fill);
     ddShape_moveTo(s, fx(r.x0), fx(r.y0));
     ddShape_lineTo(s, fx(r.x1), fx(r.y0));

@@ -16,6 +16,7 @@ ddShape* polygonShape(const std::vector<std::vector<Pt>>& polygons, ddColor colo
 struct FilledRect {
   double x0, y0, x1, y1;
   int fill;
+  int outside = -1;  // fill index around the rectangle, -1 for none
 };
 ddShape* rectsShape(const std::vector<FilledRect>& rects, const std::vector<ddColor>& fills);
 ddShape* rectShape(double x0, double y0, double x1, double y1, ddColor colour);

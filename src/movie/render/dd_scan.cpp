@@ -279,7 +279,12 @@ void ddEdgeGroup_scanRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd
   }
   std::memset(coverageRow + lo, 0, size_t(hi - lo) * 4);
   ddColor* target = surface->pixels + size_t(y) * width;
-  for (int x = lo; x < hi; x++) target[x] = ddColor_under(target[x], pixelRow[x]);
+  for (int x = lo; x < hi; x++) {
+    // The common cases inline: nothing drawn here, an empty target, a full one.
+    const ddColor src = pixelRow[x], dst = target[x];
+    if (src < 0x01000000u || dst >= 0xFF000000u) continue;
+    target[x] = dst < 0x01000000u ? src : ddColor_under(dst, src);
+  }
   std::memset(pixelRow + lo, 0, size_t(hi - lo) * 4);
 }
 
