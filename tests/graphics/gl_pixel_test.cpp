@@ -278,3 +278,73 @@ TEST_F(GLGraphicsTest, DrawingGoesOnAfterAReset) {
 
 }  // namespace
 }  // namespace vostan::test
+
+namespace vostan::test {
+namespace {
+
+// Vertex and index buffers in two streams, drawn with a start vertex, a
+// base vertex and a start index.
+TEST_F(GLGraphicsTest, BuffersDrawThroughTheirDeclaration) {
+  const VertexElement elements[] = {{0, 0, DECLTYPE_FLOAT3, 0, DECLUSAGE_POSITION, 0},
+                                    {1, 0, DECLTYPE_D3DCOLOR, 0, DECLUSAGE_COLOR, 0},
+                                    kDeclEnd};
+  VertexDeclaration* declaration = nullptr;
+  ASSERT_EQ(g->device->createVertexDeclaration(elements, &declaration), OK);
+  // Two vertices nobody draws, then the right half of the window.
+  const float positions[][3] = {{-1, -1, 0}, {-1, 1, 0}, {0, -1, 0},
+                                {1, -1, 0},  {1, 1, 0},  {0, 1, 0}};
+  const uint32_t colours[] = {0, 0, 0xFF0000FFu, 0xFF0000FFu, 0xFF0000FFu, 0xFF0000FFu};
+  const uint16_t indices[] = {9, 9, 9, 0, 1, 2, 0, 2, 3};
+  VertexBuffer *vb0 = nullptr, *vb1 = nullptr;
+  IndexBuffer* ib = nullptr;
+  g->device->createVertexBuffer(sizeof positions, 0, 0, POOL_MANAGED, &vb0);
+  g->device->createVertexBuffer(sizeof colours, 0, 0, POOL_MANAGED, &vb1);
+  g->device->createIndexBuffer(sizeof indices, 0, FMT_INDEX16, POOL_MANAGED, &ib);
+  auto fill = [](auto* buffer, const void* data, std::size_t size) {
+    void* to = nullptr;
+    buffer->lock(0, 0, &to, 0);
+    std::memcpy(to, data, size);
+    buffer->unlock();
+  };
+  fill(vb0, positions, sizeof positions);
+  fill(vb1, colours, sizeof colours);
+  fill(ib, indices, sizeof indices);
+
+  auto pass = [&](const std::function<void()>& draw) {
+    Effect* e = g->effect;
+    e->setTechnique(g->techniques[D3DGraphics::TEC2]);
+    e->begin(nullptr, 0);
+    e->beginPass(0);
+    g->device->setVertexDeclaration(declaration);
+    g->device->setStreamSource(0, vb0, 0, 12);
+    g->device->setStreamSource(1, vb1, 0, 4);
+    draw();
+    e->endPass();
+    e->end();
+  };
+  clearTo(0, 0, 0);
+  pass([&] {
+    g->device->setIndices(ib);
+    EXPECT_EQ(g->device->drawIndexedPrimitive(PT_TRIANGLELIST, 2, 0, 4, 3, 2), OK);
+  });
+  EXPECT_EQ(at(48, 32), 0xFFFF0000u);
+  EXPECT_EQ(at(60, 4), 0xFFFF0000u);
+  EXPECT_EQ(at(16, 32), 0xFF000000u);
+
+  // Changed bytes reach the draw after the unlock; a start vertex skips the first two.
+  const uint32_t green[] = {0, 0, 0xFF00FF00u, 0xFF00FF00u, 0xFF00FF00u, 0xFF00FF00u};
+  fill(vb1, green, sizeof green);
+  pass([&] { EXPECT_EQ(g->device->drawPrimitive(PT_TRIANGLESTRIP, 2, 2), OK); });
+  EXPECT_EQ(at(48, 32), 0xFF00FF00u);
+  EXPECT_EQ(at(16, 32), 0xFF000000u);
+  g->device->setStreamSource(0, nullptr, 0, 0);
+  g->device->setStreamSource(1, nullptr, 0, 0);
+  g->device->setIndices(nullptr);
+  vb0->release();
+  vb1->release();
+  ib->release();
+  declaration->release();
+}
+
+}  // namespace
+}  // namespace vostan::test

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/gfx/effect_core.h"
+#include "platform/gfx/gl_buffer.h"
 #include "platform/gfx/gl_device.h"
 #include "platform/gfx/gl_texture.h"
 #include "platform/gfx/memory_objects.h"
@@ -292,12 +293,14 @@ class GLDevice : public StateDevice {
   }
   HRESULT createVertexBuffer(uint32_t size, uint32_t usage, uint32_t fvf, int32_t pool,
                              VertexBuffer** out) override {
-    *out = new MemoryVertexBuffer(BufferDesc{FMT_UNKNOWN, usage, pool, size, fvf});
+    *out = new GLVertexBuffer(BufferDesc{FMT_UNKNOWN, usage, pool, size, fvf},
+                              GLContextRef{window_, context_});
     return OK;
   }
   HRESULT createIndexBuffer(uint32_t size, uint32_t usage, int32_t format, int32_t pool,
                             IndexBuffer** out) override {
-    *out = new MemoryIndexBuffer(BufferDesc{format, usage, pool, size, 0});
+    *out = new GLIndexBuffer(BufferDesc{format, usage, pool, size, 0},
+                             GLContextRef{window_, context_});
     return OK;
   }
   HRESULT createEffect(const char* text, std::size_t length, Effect** out,
@@ -306,10 +309,9 @@ class GLDevice : public StateDevice {
                 uint32_t stencil) override;
   HRESULT drawPrimitiveUP(int32_t type, uint32_t count, const void* vertices,
                           uint32_t stride) override;
-  HRESULT drawPrimitive(int32_t, uint32_t, uint32_t) override { return kNotAvailable; }
-  HRESULT drawIndexedPrimitive(int32_t, int32_t, uint32_t, uint32_t, uint32_t, uint32_t) override {
-    return kNotAvailable;
-  }
+  HRESULT drawPrimitive(int32_t type, uint32_t startVertex, uint32_t count) override;
+  HRESULT drawIndexedPrimitive(int32_t type, int32_t baseVertex, uint32_t minIndex,
+                               uint32_t vertexCount, uint32_t startIndex, uint32_t count) override;
 
   static Caps glCaps() {
     Caps c;
@@ -341,8 +343,20 @@ class GLDevice : public StateDevice {
  protected:
   void flushState();
   void sendPixelStage();
-  // Points the attributes at the bound buffer by the FVF or declaration.
-  void bindLayout(uint32_t stride);
+  // Where a stream's vertices are: a GL buffer, the byte of its first vertex
+  // and the stride.
+  struct StreamSource {
+    GLuint buffer = 0;
+    std::size_t offset = 0;
+    uint32_t stride = 0;
+  };
+  // Sends what changed of the state; false outside an effect pass.
+  bool prepareDraw();
+  // Points the attributes at their streams by the declaration, or at stream
+  // 0 by the FVF.
+  void bindLayout(const StreamSource* sources);
+  // The streams of buffer draws, uploaded where they changed.
+  void bindStreams(StreamSource* sources);
   void makeSurfaces();
 
  private:
@@ -731,18 +745,19 @@ void GLDevice::sendPixelStage() {
   glUniform1i(p->alphaRef, static_cast<GLint>(rs[RS_ALPHAREF] & 0xFF));
 }
 
-void GLDevice::bindLayout(uint32_t stride) {
+void GLDevice::bindLayout(const StreamSource* sources) {
   bool present[4] = {};
-  auto attribute = [&](GLuint slot, GLint size, GLenum type, GLboolean normalized,
-                       std::size_t offset) {
+  auto attribute = [&](GLuint slot, const StreamSource& from, GLint size, GLenum type,
+                       GLboolean normalized, std::size_t offset) {
     present[slot] = true;
+    glBindBuffer(GL_ARRAY_BUFFER, from.buffer);
     glEnableVertexAttribArray(slot);
-    glVertexAttribPointer(slot, size, type, normalized, static_cast<GLsizei>(stride),
-                          reinterpret_cast<const void*>(offset));
+    glVertexAttribPointer(slot, size, type, normalized, static_cast<GLsizei>(from.stride),
+                          reinterpret_cast<const void*>(from.offset + offset));
   };
   if (state_.declaration) {
     for (const VertexElement* e = elementsOf(state_.declaration); e->stream != 0xFF; ++e) {
-      if (e->stream != 0) continue;
+      if (e->stream >= kStreamCount || !sources[e->stream].buffer) continue;
       GLuint slot;
       switch (e->usage) {
         case DECLUSAGE_POSITION:
@@ -757,32 +772,32 @@ void GLDevice::bindLayout(uint32_t stride) {
         case DECLUSAGE_BLENDWEIGHT:
           slot = A_WEIGHT;
           break;
-        default:
+        default:  // no shader reads the others
           continue;
       }
+      // A D3DCOLOR is read as BGRA: x gets the third byte, as Direct3D gives it.
       if (e->type == DECLTYPE_D3DCOLOR)
-        attribute(slot, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, e->offset);
+        attribute(slot, sources[e->stream], GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, e->offset);
       else if (e->type <= DECLTYPE_FLOAT4)
-        attribute(slot, e->type + 1, GL_FLOAT, GL_FALSE, e->offset);
+        attribute(slot, sources[e->stream], e->type + 1, GL_FLOAT, GL_FALSE, e->offset);
     }
-  } else {
+  } else if (sources[0].buffer) {
     const uint32_t fvf = state_.fvf;
     std::size_t offset = 0;
-    if (fvf & FVF_XYZ) attribute(A_POSITION, 3, GL_FLOAT, GL_FALSE, offset), offset += 12;
+    if (fvf & FVF_XYZ)
+      attribute(A_POSITION, sources[0], 3, GL_FLOAT, GL_FALSE, offset), offset += 12;
     if (fvf & FVF_NORMAL) offset += 12;
-    // A D3DCOLOR is read as BGRA: x gets the third byte, as Direct3D gives it.
     if (fvf & FVF_DIFFUSE)
-      attribute(A_COLOR, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, offset), offset += 4;
-    if (fvf & FVF_TEX1) attribute(A_TEXCOORD, 2, GL_FLOAT, GL_FALSE, offset);
+      attribute(A_COLOR, sources[0], GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, offset), offset += 4;
+    if (fvf & FVF_TEX1) attribute(A_TEXCOORD, sources[0], 2, GL_FLOAT, GL_FALSE, offset);
   }
   for (GLuint slot = 0; slot < 4; ++slot)
     if (!present[slot]) glDisableVertexAttribArray(slot);
 }
 
-HRESULT GLDevice::drawPrimitiveUP(int32_t type, uint32_t count, const void* vertices,
-                                  uint32_t stride) {
+bool GLDevice::prepareDraw() {
   // Every draw runs inside an effect pass; the device has no program of its own.
-  if (!program_ || count == 0) return program_ ? OK : kInvalidCall;
+  if (!program_) return false;
   makeCurrent();
   const uint32_t changed = dirty_;
   // Programs learn of a changed pixel stage by its serial number.
@@ -797,12 +812,59 @@ HRESULT GLDevice::drawPrimitiveUP(int32_t type, uint32_t count, const void* vert
     program_->hasTextureSent = textured;
     glUniform1i(program_->hasTexture, textured);
   }
-  const int n = verticesFor(type, count);
   glBindVertexArray(vao_);
+  return true;
+}
+
+HRESULT GLDevice::drawPrimitiveUP(int32_t type, uint32_t count, const void* vertices,
+                                  uint32_t stride) {
+  if (count == 0) return program_ ? OK : kInvalidCall;
+  if (!prepareDraw()) return kInvalidCall;
+  const int n = verticesFor(type, count);
   glBindBuffer(GL_ARRAY_BUFFER, vbo_);
   glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(n) * stride, vertices, GL_STREAM_DRAW);
-  bindLayout(stride);
+  StreamSource sources[kStreamCount];
+  sources[0] = {vbo_, 0, stride};
+  bindLayout(sources);
   glDrawArrays(primitiveOf(type), 0, n);
+  return OK;
+}
+
+void GLDevice::bindStreams(StreamSource* sources) {
+  for (int s = 0; s < kStreamCount; ++s) {
+    const StreamBinding& b = state_.streams[s];
+    if (!b.buffer) continue;
+    auto* buffer = static_cast<GLVertexBuffer*>(b.buffer);
+    buffer->bind(GL_ARRAY_BUFFER);
+    sources[s] = {buffer->name(), b.offset, b.stride};
+  }
+  bindLayout(sources);
+}
+
+HRESULT GLDevice::drawPrimitive(int32_t type, uint32_t startVertex, uint32_t count) {
+  if (count == 0) return program_ ? OK : kInvalidCall;
+  if (!prepareDraw()) return kInvalidCall;
+  StreamSource sources[kStreamCount];
+  bindStreams(sources);
+  glDrawArrays(primitiveOf(type), static_cast<GLint>(startVertex), verticesFor(type, count));
+  return OK;
+}
+
+HRESULT GLDevice::drawIndexedPrimitive(int32_t type, int32_t baseVertex, uint32_t, uint32_t,
+                                       uint32_t startIndex, uint32_t count) {
+  if (!state_.indices) return kInvalidCall;
+  if (count == 0) return program_ ? OK : kInvalidCall;
+  if (!prepareDraw()) return kInvalidCall;
+  StreamSource sources[kStreamCount];
+  bindStreams(sources);
+  BufferDesc desc;
+  state_.indices->getDesc(desc);
+  const bool wide = desc.format != FMT_INDEX16;
+  // The element buffer belongs to the vertex array, bound above.
+  static_cast<GLIndexBuffer*>(state_.indices)->bind(GL_ELEMENT_ARRAY_BUFFER);
+  glDrawElementsBaseVertex(
+      primitiveOf(type), verticesFor(type, count), wide ? GL_UNSIGNED_INT : GL_UNSIGNED_SHORT,
+      reinterpret_cast<const void*>(std::size_t{startIndex} * (wide ? 4 : 2)), baseVertex);
   return OK;
 }
 
