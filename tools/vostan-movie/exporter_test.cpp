@@ -1,0 +1,175 @@
+// The exporter as a user runs it: pictures of frames equal what the movie
+// object draws, the description of a movie, and clear failures.
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "corpus_render.h"
+#include "movie/natives/movie_host.h"
+#include "movie_test_support.h"
+#include "sample_movie.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Outcome {
+  int status;
+  std::string out, err;
+};
+
+std::string slurp(const fs::path& p) {
+  std::ifstream in(p, std::ios::binary);
+  return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+class ExporterTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    dir_ = fs::temp_directory_path() /
+           ("vostan-movie-test-" + std::to_string(::getpid()) + "-" +
+            ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::create_directories(dir_);
+  }
+  void TearDown() override { fs::remove_all(dir_); }
+
+  fs::path write(const std::string& name, const swf::Bytes& bytes) {
+    fs::path p = dir_ / name;
+    std::ofstream(p, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+    return p;
+  }
+
+  Outcome run(const std::string& args) {
+    fs::path out = dir_ / "stdout", err = dir_ / "stderr";
+    std::string command =
+        std::string(VOSTAN_MOVIE_EXE) + " " + args + " >" + out.string() + " 2>" + err.string();
+    int raw = std::system(command.c_str());
+    return Outcome{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, slurp(out), slurp(err)};
+  }
+
+  corpus::Picture picture(const std::string& name) {
+    corpus::Picture p;
+    EXPECT_TRUE(corpus::readPng((dir_ / name).string(), p)) << name;
+    return p;
+  }
+
+  fs::path dir_;
+};
+
+// The frame as the movie object draws it, by the natives' own path.
+std::vector<uint8_t> drawnFrame(const swf::Bytes& file, int frame, int width, int height) {
+  ddMovie* m = ddMovie_openBytes(file.data(), int32_t(file.size()), width, height);
+  EXPECT_NE(m, nullptr);
+  if (!m) return {};
+  ddClip_moveFrame(m, m->rootClip, frame);
+  ddMovie_draw(m, nullptr, nullptr);
+  const auto* p = reinterpret_cast<const uint8_t*>(m->surface->pixels);
+  std::vector<uint8_t> bytes(p, p + size_t(width) * height * 4);
+  ddMovie_dispose(m);
+  return bytes;
+}
+
+const uint8_t* pixelAt(const corpus::Picture& p, int x, int y) {
+  return &p.rgba[(size_t(y) * p.width + x) * 4];
+}
+
+TEST_F(ExporterTest, PicturesHoldTheFramesTheMovieDraws) {
+  const swf::Bytes file = sample::movie(true);
+  fs::path swfPath = write("sample.swf", file);
+  for (int frame : {0, 2}) {
+    SCOPED_TRACE(frame);
+    std::string name = "f" + std::to_string(frame) + ".png";
+    Outcome r = run("render " + swfPath.string() + " --frame " + std::to_string(frame) +
+                " --premultiplied --out " + (dir_ / name).string());
+    ASSERT_EQ(r.status, 0) << r.err;
+    corpus::Picture p = picture(name);
+    EXPECT_EQ(p.width, 550);
+    EXPECT_EQ(p.height, 400);
+    EXPECT_TRUE(p.rgba == drawnFrame(file, frame, 550, 400));
+  }
+
+  // Straight alpha by default; over the background colour on request.
+  ASSERT_EQ(run("render " + swfPath.string() + " --frame 0 --size 275x200 --out " +
+                (dir_ / "straight.png").string())
+                .status,
+            0);
+  ASSERT_EQ(run("render " + swfPath.string() + " --frame 0 --size 275x200 --background --out " +
+                (dir_ / "over.png").string())
+                .status,
+            0);
+  corpus::Picture straight = picture("straight.png"), over = picture("over.png");
+  ASSERT_EQ(straight.width, 275);
+  ASSERT_EQ(straight.height, 200);
+  // Half size: the sprite's green square (alpha 200) at (100 + 15, 50 + 15).
+  const uint8_t* green = pixelAt(straight, 115, 65);
+  EXPECT_EQ(green[3], 200);
+  EXPECT_NEAR(green[1], 200, 2);
+  EXPECT_NEAR(green[0], 40, 2);
+  const uint8_t* empty = pixelAt(over, 270, 195);
+  EXPECT_EQ((std::vector<int>{empty[0], empty[1], empty[2], empty[3]}),
+            (std::vector<int>{0x33, 0x66, 0x99, 255}));
+  const uint8_t* blended = pixelAt(over, 115, 65);
+  EXPECT_EQ(blended[3], 255);
+  EXPECT_NEAR(blended[2], (60 * 200 + 0x99 * 55) / 255, 2);
+}
+
+TEST_F(ExporterTest, InfoDescribesHeaderCharactersAndSkippedBlocks) {
+  swf::Bytes jpeg = swf::block(21, swf::Bytes{1, 0, 0, 0, 0, 0});
+  swf::Bytes unknown = swf::block(99, swf::Bytes{1, 2, 3});
+  swf::Bytes file = sample::movie(false);
+  // Before the End block of the root timeline.
+  file.insert(file.end() - 2, jpeg.begin(), jpeg.end());
+  file.insert(file.end() - 2, unknown.begin(), unknown.end());
+  uint32_t size = uint32_t(file.size());
+  for (int i = 0; i < 4; i++) file[4 + i] = uint8_t(size >> (8 * i));
+  Outcome r = run("info " + write("info.swf", file).string());
+  ASSERT_EQ(r.status, 0) << r.err;
+  for (const char* line :
+       {"header: FWS version 8, plain", "frame: 550 x 400 px, 24.5 frames per second",
+        "frames: 3 stated, 3 read", "background: #336699", "characters: 5", "  3 bitmap 8 x 8",
+        "  10 sprite, 2 frames", "  21 DefineBitsJPEG2 x 1", "  99 unknown x 1"})
+    EXPECT_NE(r.out.find(line), std::string::npos) << line << "\n" << r.out;
+
+  Outcome clean = run("info " + write("clean.swf", sample::movie(true)).string());
+  EXPECT_NE(clean.out.find("header: CWS version 8, compressed"), std::string::npos) << clean.out;
+  EXPECT_NE(clean.out.find("blocks skipped: none"), std::string::npos) << clean.out;
+}
+
+TEST_F(ExporterTest, BadInputFailsWithAMessage) {
+  fs::path good = write("good.swf", sample::movie());
+  swf::Bytes cut = sample::movie(true);
+  cut.resize(cut.size() - 20);
+  swf::Bytes badBitmap =
+      swf::movie(swf::concat({swf::block(36, swf::Bytes{1, 0, 5, 2, 0, 2, 0, 0x78, 0x9c, 0xff}),
+                              swf::showFrame(), swf::end()}));
+  struct Case {
+    std::string args;
+    int status;
+    std::string message;
+  };
+  const std::string out = " --out " + (dir_ / "x.png").string();
+  const Case cases[] = {
+      {"render " + (dir_ / "absent.swf").string() + " --frame 0" + out, 1, "cannot read"},
+      {"info " + write("text.swf", swf::Bytes(40, 'x')).string(), 1, "not a SWF movie"},
+      {"render " + write("cut.swf", cut).string() + " --frame 0" + out, 1, "does not open"},
+      {"info " + write("bitmap.swf", badBitmap).string(), 1,
+       "damaged movie: Couldn't uncompress bits!"},
+      {"render " + good.string() + " --frame 3" + out, 1, "no frame 3 (the movie has 3"},
+      {"render " + good.string() + " --frame 0 --size 5000x10" + out, 1, "bad size"},
+      {"render " + good.string() + " --frame 0 --out " + (dir_ / "no/such/dir.png").string(), 1,
+       "cannot write"},
+      {"render " + good.string() + out, 2, "usage:"},
+      {"play " + good.string(), 1, "unknown command play"},
+  };
+  for (const Case& c : cases) {
+    Outcome r = run(c.args);
+    EXPECT_EQ(r.status, c.status) << c.args << "\n" << r.err;
+    EXPECT_NE(r.err.find(c.message), std::string::npos) << c.args << "\n" << r.err;
+  }
+  EXPECT_FALSE(fs::exists(dir_ / "x.png"));
+}
+
+}  // namespace
