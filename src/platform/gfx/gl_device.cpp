@@ -12,6 +12,8 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/gfx/effect_core.h"
@@ -148,9 +150,10 @@ class WindowSurface : public Surface {
 };
 
 // Stage 0 of the fixed pixel stage and the alpha test, for every program.
+// The stage's operations come in as constants of the program's variant, so
+// that the compiler keeps only the work they ask for.
 const char kPixelStage[] = R"GLSL(
-uniform int vxColorOp, vxColorArg1, vxColorArg2, vxAlphaOp, vxAlphaArg1, vxAlphaArg2;
-uniform int vxHasTexture, vxAlphaTest, vxAlphaFunc, vxAlphaRef;
+uniform int vxAlphaRef;
 out vec4 vxFragColor;
 
 vec4 vxArg(int a, vec4 diffuse, vec4 tex) {
@@ -201,18 +204,37 @@ bool vxPasses(vec4 c) {
 }
 )GLSL";
 
+// A program variant's key: the stage 0 operations, whether it has a texture,
+// the alpha test and the shading.
+constexpr uint64_t kStageBits = (uint64_t{1} << 35) - 1;
+constexpr uint64_t kAlphaTestBit = uint64_t{1} << 35;
+constexpr int kAlphaFuncShift = 36;
+constexpr uint64_t kFlatBit = uint64_t{1} << 40;
+
+std::string pixelConstants(uint64_t key) {
+  auto field = [&](int shift, int bits) {
+    return static_cast<int>((key >> shift) & ((1u << bits) - 1));
+  };
+  char text[512];
+  std::snprintf(text, sizeof text,
+                "const int vxColorOp = %d, vxColorArg1 = %d, vxColorArg2 = %d;\n"
+                "const int vxAlphaOp = %d, vxAlphaArg1 = %d, vxAlphaArg2 = %d;\n"
+                "const int vxHasTexture = %d, vxAlphaTest = %d, vxAlphaFunc = %d;\n",
+                field(0, 5), field(5, 6), field(11, 6), field(17, 5), field(22, 6), field(28, 6),
+                field(34, 1), field(35, 1), field(kAlphaFuncShift, 4));
+  return text;
+}
+
 }  // namespace
 
 // ---- programs
 
 struct GLProgram {
   GLuint id = 0;
-  std::vector<GLint> locations;            // by effect parameter
-  std::vector<uint32_t> uploaded;          // parameter versions sent
-  uint64_t pixelStateSent = ~uint64_t{0};  // the device's pixel-stage serial
-  GLint colorOp, colorArg1, colorArg2, alphaOp, alphaArg1, alphaArg2;
-  GLint hasTexture, alphaTest, alphaFunc, alphaRef;
-  int hasTextureSent = -1;
+  std::vector<GLint> locations;    // by effect parameter
+  std::vector<uint32_t> uploaded;  // parameter versions sent
+  GLint alphaRef = -1;
+  int alphaRefSent = -1;
 };
 
 class GLDevice;
@@ -221,21 +243,26 @@ class GLEffect : public EffectCore {
  public:
   GLEffect(GLDevice* device, EffectSource source);
   ~GLEffect() override;
-  // Builds every technique's program; false with the compiler's log.
+  // Builds every technique's program for the device's first state; false
+  // with the compiler's log.
   bool build(std::string* errors);
+  // The technique's program for the state `key` with the effect's values
+  // sent, bound; null when it does not build.
+  GLProgram* select(int technique, uint64_t key);
 
  protected:
   HRESULT bindTechnique(int technique) override;
   void unbindTechnique() override;
-  bool techniqueBuilt(int technique) const override { return programs_[technique][0] != nullptr; }
+  bool techniqueBuilt(int technique) const override { return built_[technique]; }
 
  private:
-  GLProgram* program(int technique, bool flat, std::string* errors);
+  GLProgram* program(int technique, uint64_t key, std::string* errors);
   GLuint compile(GLenum stage, const std::string& text, std::string* errors);
 
   GLDevice* gl_;
-  // [technique][flat]
-  std::vector<std::array<std::unique_ptr<GLProgram>, 2>> programs_;
+  // Variants by key, per technique; a null entry did not build.
+  std::vector<std::unordered_map<uint64_t, std::unique_ptr<GLProgram>>> programs_;
+  std::vector<bool> built_;
 };
 
 class GLDevice : public StateDevice {
@@ -323,8 +350,8 @@ class GLDevice : public StateDevice {
   void makeCurrent() {
     if (SDL_GL_GetCurrentContext() != context_) SDL_GL_MakeCurrent(window_, context_);
   }
-  // The program of the running pass; null outside a pass. GL keeps the last
-  // one bound: switching programs costs more than leaving one bound.
+  // The program of the last draw. GL keeps it bound after the pass, since
+  // switching programs costs more than leaving one bound.
   void useProgram(GLProgram* program) {
     program_ = program;
     if (program && program->id != boundProgram_) {
@@ -338,11 +365,19 @@ class GLDevice : public StateDevice {
     boundProgram_ = 0;
     glUseProgram(0);
   }
-  bool flatShading() const { return state_.renderStates[RS_SHADEMODE] == SHADE_FLAT; }
+  // The effect and technique of the running pass; the program is chosen at
+  // each draw from the state then.
+  void beginPass(GLEffect* effect, int technique) {
+    passEffect_ = effect;
+    passTechnique_ = technique;
+  }
+  void endPass(const GLEffect* effect) {
+    if (passEffect_ == effect) passEffect_ = nullptr;
+  }
+  uint64_t pixelKey() const;
 
  protected:
   void flushState();
-  void sendPixelStage();
   // Where a stream's vertices are: a GL buffer, the byte of its first vertex
   // and the stride.
   struct StreamSource {
@@ -369,21 +404,25 @@ class GLDevice : public StateDevice {
   GLuint vao_ = 0, vbo_ = 0;
   GLProgram* program_ = nullptr;
   GLuint boundProgram_ = 0;
+  GLEffect* passEffect_ = nullptr;
+  int passTechnique_ = -1;
   GLTextureUnits units_;
-  uint64_t pixelSerial_ = 1;
   bool inScene_ = false;
 };
 
 // ---- GLEffect
 
 GLEffect::GLEffect(GLDevice* device, EffectSource source)
-    : EffectCore(device, std::move(source)), gl_(device), programs_(source_.techniques.size()) {}
+    : EffectCore(device, std::move(source)),
+      gl_(device),
+      programs_(source_.techniques.size()),
+      built_(source_.techniques.size(), false) {}
 
 GLEffect::~GLEffect() {
   gl_->makeCurrent();
-  gl_->useProgram(nullptr);
-  for (auto& pair : programs_)
-    for (auto& p : pair)
+  gl_->endPass(this);
+  for (auto& variants : programs_)
+    for (auto& [key, p] : variants)
       if (p) {
         gl_->forgetProgram(p->id);
         glDeleteProgram(p->id);
@@ -407,15 +446,18 @@ GLuint GLEffect::compile(GLenum stage, const std::string& text, std::string* err
   return shader;
 }
 
-GLProgram* GLEffect::program(int t, bool flat, std::string* errors) {
-  auto& slot = programs_[t][flat ? 1 : 0];
-  if (slot) return slot.get();
+GLProgram* GLEffect::program(int t, uint64_t key, std::string* errors) {
   const EffectTechnique& tech = source_.techniques[t];
   const EffectShader* vs = source_.shader(tech.vertexShader);
   const EffectShader* ps = tech.pixelShader.empty() ? nullptr : source_.shader(tech.pixelShader);
+  // A pixel shader of its own leaves the fixed stage out of the key.
+  if (ps) key &= ~kStageBits;
+  auto& variants = programs_[t];
+  if (auto it = variants.find(key); it != variants.end()) return it->second.get();
+  std::unique_ptr<GLProgram>& slot = variants[key];
   if (!vs) return nullptr;
-  const std::string head =
-      std::string("#version 330 core\n#define SHADE ") + (flat ? "flat" : "smooth") + "\n";
+  const std::string head = std::string("#version 330 core\n#define SHADE ") +
+                           (key & kFlatBit ? "flat" : "smooth") + "\n";
   const std::string vertex =
       head +
       "#define VERTEX 1\n"
@@ -424,7 +466,8 @@ GLProgram* GLEffect::program(int t, bool flat, std::string* errors) {
       source_.text + "\nvoid main() {\n  emit(" + source_.vertexCall(*vs) +
       ");\n  // Direct3D's depth runs from 0 to 1.\n"
       "  gl_Position.z = 2.0 * gl_Position.z - gl_Position.w;\n}\n";
-  const std::string fragment = head + source_.text + kPixelStage + "\nvoid main() {\n  vec4 c = " +
+  const std::string fragment = head + source_.text + pixelConstants(key) + kPixelStage +
+                               "\nvoid main() {\n  vec4 c = " +
                                (ps ? source_.pixelCall(*ps) : std::string("vxFixedStage()")) +
                                ";\n  if (!vxPasses(c)) discard;\n  vxFragColor = c;\n}\n";
   const GLuint v = compile(GL_VERTEX_SHADER, vertex, errors);
@@ -432,7 +475,6 @@ GLProgram* GLEffect::program(int t, bool flat, std::string* errors) {
   if (!v || !f) {
     if (v) glDeleteShader(v);
     if (errors) *errors = "technique " + tech.name + ": " + *errors;
-    return nullptr;
     return nullptr;
   }
   auto p = std::make_unique<GLProgram>();
@@ -455,15 +497,6 @@ GLProgram* GLEffect::program(int t, bool flat, std::string* errors) {
     p->locations.push_back(glGetUniformLocation(p->id, param.name.c_str()));
     p->uploaded.push_back(0);
   }
-  p->colorOp = glGetUniformLocation(p->id, "vxColorOp");
-  p->colorArg1 = glGetUniformLocation(p->id, "vxColorArg1");
-  p->colorArg2 = glGetUniformLocation(p->id, "vxColorArg2");
-  p->alphaOp = glGetUniformLocation(p->id, "vxAlphaOp");
-  p->alphaArg1 = glGetUniformLocation(p->id, "vxAlphaArg1");
-  p->alphaArg2 = glGetUniformLocation(p->id, "vxAlphaArg2");
-  p->hasTexture = glGetUniformLocation(p->id, "vxHasTexture");
-  p->alphaTest = glGetUniformLocation(p->id, "vxAlphaTest");
-  p->alphaFunc = glGetUniformLocation(p->id, "vxAlphaFunc");
   p->alphaRef = glGetUniformLocation(p->id, "vxAlphaRef");
   glUseProgram(p->id);
   for (const auto& s : source_.samplers) {
@@ -477,17 +510,18 @@ GLProgram* GLEffect::program(int t, bool flat, std::string* errors) {
 
 bool GLEffect::build(std::string* errors) {
   gl_->makeCurrent();
+  const uint64_t key = gl_->pixelKey();
   bool ok = true;
-  for (std::size_t t = 0; t < programs_.size(); ++t)
-    if (!program(static_cast<int>(t), false, errors)) ok = false;
-  gl_->useProgram(nullptr);
+  for (std::size_t t = 0; t < programs_.size(); ++t) {
+    built_[t] = program(static_cast<int>(t), key, errors) != nullptr;
+    ok = ok && built_[t];
+  }
   return ok;
 }
 
-HRESULT GLEffect::bindTechnique(int t) {
-  gl_->makeCurrent();
-  GLProgram* p = program(t, gl_->flatShading(), nullptr);
-  if (!p) return kFail;
+GLProgram* GLEffect::select(int t, uint64_t key) {
+  GLProgram* p = program(t, key, nullptr);
+  if (!p) return nullptr;
   gl_->useProgram(p);
   for (std::size_t i = 0; i < source_.parameters.size(); ++i) {
     const int index = static_cast<int>(i);
@@ -515,11 +549,17 @@ HRESULT GLEffect::bindTechnique(int t) {
         break;
     }
   }
+  return p;
+}
+
+HRESULT GLEffect::bindTechnique(int t) {
+  if (!built_[t]) return kFail;
+  gl_->beginPass(this, t);
   return OK;
 }
 
 void GLEffect::unbindTechnique() {
-  gl_->useProgram(nullptr);
+  gl_->endPass(this);
 }
 
 // ---- GLDevice
@@ -564,7 +604,6 @@ void GLDevice::makeSurfaces() {
     depthSurface_ = new WindowSurface(d);
   }
   setDefaultState(d.width, d.height, parameters_.enableAutoDepthStencil);
-  ++pixelSerial_;
 }
 
 HRESULT GLDevice::reset(PresentParameters& parameters) {
@@ -728,21 +767,17 @@ void GLDevice::flushState() {
   }
 }
 
-void GLDevice::sendPixelStage() {
-  GLProgram* p = program_;
-  if (p->pixelStateSent == pixelSerial_) return;
-  p->pixelStateSent = pixelSerial_;
+uint64_t GLDevice::pixelKey() const {
   const uint32_t* ts = state_.stageStates[0];
   const uint32_t* rs = state_.renderStates;
-  glUniform1i(p->colorOp, static_cast<GLint>(ts[TSS_COLOROP]));
-  glUniform1i(p->colorArg1, static_cast<GLint>(ts[TSS_COLORARG1]));
-  glUniform1i(p->colorArg2, static_cast<GLint>(ts[TSS_COLORARG2]));
-  glUniform1i(p->alphaOp, static_cast<GLint>(ts[TSS_ALPHAOP]));
-  glUniform1i(p->alphaArg1, static_cast<GLint>(ts[TSS_ALPHAARG1]));
-  glUniform1i(p->alphaArg2, static_cast<GLint>(ts[TSS_ALPHAARG2]));
-  glUniform1i(p->alphaTest, rs[RS_ALPHATESTENABLE] ? 1 : 0);
-  glUniform1i(p->alphaFunc, static_cast<GLint>(rs[RS_ALPHAFUNC]));
-  glUniform1i(p->alphaRef, static_cast<GLint>(rs[RS_ALPHAREF] & 0xFF));
+  uint64_t key = (ts[TSS_COLOROP] & 31) | (ts[TSS_COLORARG1] & 63) << 5 |
+                 (ts[TSS_COLORARG2] & 63) << 11 | (ts[TSS_ALPHAOP] & 31) << 17 |
+                 uint64_t{ts[TSS_ALPHAARG1] & 63} << 22 | uint64_t{ts[TSS_ALPHAARG2] & 63} << 28 |
+                 uint64_t{state_.textures[0] ? 1u : 0u} << 34;
+  if (rs[RS_ALPHATESTENABLE])
+    key |= kAlphaTestBit | uint64_t{rs[RS_ALPHAFUNC] & 15} << kAlphaFuncShift;
+  if (rs[RS_SHADEMODE] == SHADE_FLAT) key |= kFlatBit;
+  return key;
 }
 
 void GLDevice::bindLayout(const StreamSource* sources) {
@@ -797,28 +832,27 @@ void GLDevice::bindLayout(const StreamSource* sources) {
 
 bool GLDevice::prepareDraw() {
   // Every draw runs inside an effect pass; the device has no program of its own.
-  if (!program_) return false;
+  if (!passEffect_) return false;
   makeCurrent();
   const uint32_t changed = dirty_;
-  // Programs learn of a changed pixel stage by its serial number.
-  if (changed & DIRTY_PIXEL_STAGE) ++pixelSerial_;
   flushState();
-  sendPixelStage();
+  program_ = passEffect_->select(passTechnique_, pixelKey());
+  if (!program_) return false;
+  // Any uniform sent makes the driver copy all of them again: send changes only.
+  const int ref = static_cast<int>(state_.renderStates[RS_ALPHAREF] & 0xFF);
+  if (program_->alphaRefSent != ref) {
+    program_->alphaRefSent = ref;
+    glUniform1i(program_->alphaRef, ref);
+  }
   if (changed & (DIRTY_TEXTURES | DIRTY_SAMPLERS))
     units_.bind(state_.textures, state_.samplerStates, 2);
-  // Any uniform sent makes the driver copy all of them again: send changes only.
-  const int textured = state_.textures[0] ? 1 : 0;
-  if (program_->hasTextureSent != textured) {
-    program_->hasTextureSent = textured;
-    glUniform1i(program_->hasTexture, textured);
-  }
   glBindVertexArray(vao_);
   return true;
 }
 
 HRESULT GLDevice::drawPrimitiveUP(int32_t type, uint32_t count, const void* vertices,
                                   uint32_t stride) {
-  if (count == 0) return program_ ? OK : kInvalidCall;
+  if (count == 0) return passEffect_ ? OK : kInvalidCall;
   if (!prepareDraw()) return kInvalidCall;
   const int n = verticesFor(type, count);
   glBindBuffer(GL_ARRAY_BUFFER, vbo_);
@@ -842,7 +876,7 @@ void GLDevice::bindStreams(StreamSource* sources) {
 }
 
 HRESULT GLDevice::drawPrimitive(int32_t type, uint32_t startVertex, uint32_t count) {
-  if (count == 0) return program_ ? OK : kInvalidCall;
+  if (count == 0) return passEffect_ ? OK : kInvalidCall;
   if (!prepareDraw()) return kInvalidCall;
   StreamSource sources[kStreamCount];
   bindStreams(sources);
@@ -853,7 +887,7 @@ HRESULT GLDevice::drawPrimitive(int32_t type, uint32_t startVertex, uint32_t cou
 HRESULT GLDevice::drawIndexedPrimitive(int32_t type, int32_t baseVertex, uint32_t, uint32_t,
                                        uint32_t startIndex, uint32_t count) {
   if (!state_.indices) return kInvalidCall;
-  if (count == 0) return program_ ? OK : kInvalidCall;
+  if (count == 0) return passEffect_ ? OK : kInvalidCall;
   if (!prepareDraw()) return kInvalidCall;
   StreamSource sources[kStreamCount];
   bindStreams(sources);
