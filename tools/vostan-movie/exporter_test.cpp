@@ -83,7 +83,7 @@ TEST_F(ExporterTest, PicturesHoldTheFramesTheMovieDraws) {
     SCOPED_TRACE(frame);
     std::string name = "f" + std::to_string(frame) + ".png";
     Outcome r = run("render " + swfPath.string() + " --frame " + std::to_string(frame) +
-                " --premultiplied --out " + (dir_ / name).string());
+                    " --premultiplied --out " + (dir_ / name).string());
     ASSERT_EQ(r.status, 0) << r.err;
     corpus::Picture p = picture(name);
     EXPECT_EQ(p.width, 550);
