@@ -1,6 +1,8 @@
 // Scan conversion: the active edge list, exact-area coverage accumulated as
 // signed area per cell, and the row step that fills and composites front to
 // back.
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -45,11 +47,20 @@ ddPaint* touchOwner[ddRowWidth];  // paint of the edge that touched a cell
 ddPaint* touchRight[ddRowWidth];  // paint right of that edge (may be none)
 uint32_t touchStamp[ddRowWidth];  // row stamp: the cell was touched this row
 uint32_t stamp = 0;
+// Cells that hold a delta or a touch. Between two of them coverage and paint
+// stay the same, so a row is resolved span by span rather than cell by cell.
+constexpr int kEventWords = (ddRowWidth + 1 + 63) / 64;
+uint64_t events[kEventWords];
+
+inline void event(int64_t c) {
+  events[c >> 6] |= uint64_t(1) << (c & 63);
+}
 
 inline void mark(Row& row, int64_t c, ddPaint* owner, ddPaint* right) {
   touchOwner[c] = owner;
   touchRight[c] = right;
   touchStamp[c] = stamp;
+  event(c);
   row.lo = std::min<int>(row.lo, int(c));
   row.hi = std::max<int>(row.hi, int(c));
 }
@@ -64,11 +75,14 @@ inline void deposit(Row& row, int64_t c, int64_t area, int64_t height, int sign)
   }
   if (c < row.xa) {
     delta[row.xa] += int32_t(sign * (height << 10));
+    event(row.xa);
     row.lo = std::min(row.lo, row.xa);
     return;
   }
   delta[c] += int32_t(sign * area);
   delta[c + 1] += int32_t(sign * ((height << 10) - area));
+  event(c);
+  event(c + 1);
   row.hi = std::max<int>(row.hi, int(c + 1));
   row.lo = std::min<int>(row.lo, int(c));
 }
@@ -204,28 +218,47 @@ void coverRow(ddEdgeGroup* group, Row& row) {
   }
 }
 
-// Turns the deltas of cells [lo, hi] into coverage levels in the coverage
-// row, each shifted to bits 12 to 19 where the fills read it, and decides
-// each cell's paint.
-void resolve(Row& row, ddPaint** owners) {
-  int64_t sum = 0;
-  ddPaint* current = row.leftPaint;
-  for (int c = row.lo; c <= row.hi; c++) {
-    sum += delta[c];
-    delta[c] = 0;
-    if (c >= row.xb) continue;
-    if (touchStamp[c] == stamp) {
-      owners[c] = touchOwner[c];
-      current = touchRight[c];
-    } else {
-      owners[c] = current;
-    }
-    int64_t level = std::min<int64_t>(255, ((sum < 0 ? -sum : sum) + 2048) >> 12);
-    coverageRow[c] = uint32_t(level) << 12;
-  }
+// Coverage level 0 to 255 of a running area sum.
+inline uint32_t levelOf(int64_t sum) {
+  return uint32_t(std::min<int64_t>(255, ((sum < 0 ? -sum : sum) + 2048) >> 12));
 }
 
-ddPaint* cellOwner[ddRowWidth];
+// Walks the cells [lo, min(hi + 1, xb)) as pieces of one coverage level and
+// one paint, in order, and hands each to `sink.piece(x0, x1, level, paint)`:
+// each touched cell alone, and the untouched cells between two of them as one
+// span. Clears the deltas and events it passes. Cells at xb and beyond still
+// add to the sum but are not drawn.
+template <class Sink>
+void resolve(const Row& row, Sink& sink) {
+  const int end = std::min(row.hi + 1, row.xb);
+  int64_t sum = 0;
+  ddPaint* current = row.leftPaint;
+  int x = row.lo;
+  for (int w = row.lo >> 6; w <= row.hi >> 6; w++) {
+    uint64_t bits = events[w];
+    if (w == row.lo >> 6) bits &= ~uint64_t(0) << (row.lo & 63);
+    if (w == row.hi >> 6 && (row.hi & 63) != 63) bits &= (uint64_t(2) << (row.hi & 63)) - 1;
+    events[w] &= ~bits;
+    while (bits) {
+      const int k = w * 64 + __builtin_ctzll(bits);
+      bits &= bits - 1;
+      if (k > x && x < end) sink.piece(x, std::min(k, end), levelOf(sum), current);
+      sum += delta[k];
+      delta[k] = 0;
+      if (k < end) {
+        ddPaint* owner = current;
+        if (touchStamp[k] == stamp) {
+          owner = touchOwner[k];
+          current = touchRight[k];
+        }
+        sink.piece(k, k + 1, levelOf(sum), owner);
+      }
+      x = k + 1;
+    }
+  }
+  if (x < end) sink.piece(x, end, levelOf(sum), current);
+  sink.finish(end);
+}
 
 void resetPaint(ddPaint* p, int width) {
   p->minX = width;
@@ -233,6 +266,109 @@ void resetPaint(ddPaint* p, int width) {
   p->inRow = 0;
   p->nextInRow = nullptr;
 }
+
+// ddColor_scale for s up to 255, two channels per multiply.
+inline ddColor scaleWord(ddColor c, uint32_t s) {
+  return ((((c & 0x00FF00FFu) * s) >> 8) & 0x00FF00FFu) |
+         (((c >> 8) & 0x00FF00FFu) * s & 0xFF00FF00u);
+}
+
+// ddColor_under of one target pixel; src is not transparent.
+inline void under(ddColor* t, ddColor src) {
+  const ddColor d = *t;
+  if (d >= 0xFF000000u) return;
+  *t = d < 0x01000000u ? src : scaleWord(src, 255 - (d >> 24)) + d;
+}
+
+// One colour under n target pixels. Four at a time: a stretch still empty is
+// stored whole and an opaque one skipped.
+void underSpan(ddColor* t, int n, ddColor src) {
+  if (src < 0x01000000u) return;
+  int i = 0;
+  const __m128i colour = _mm_set1_epi32(int(src));
+  const __m128i zero = _mm_setzero_si128(), opaque = _mm_set1_epi32(255);
+  for (; i + 4 <= n; i += 4) {
+    const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(t + i));
+    const __m128i alpha = _mm_srli_epi32(d, 24);
+    if (_mm_movemask_epi8(_mm_cmpeq_epi32(alpha, zero)) == 0xFFFF) {
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(t + i), colour);
+    } else if (_mm_movemask_epi8(_mm_cmpeq_epi32(alpha, opaque)) != 0xFFFF) {
+      for (int j = 0; j < 4; j++) under(t + i + j, src);
+    }
+  }
+  for (; i < n; i++) under(t + i, src);
+}
+
+// Draws a group's row: solid paints go straight under the target span by
+// span; other paints, and any paint under a mask, fill their run of cells
+// into the pixel row first, as one call so that their walk across the fill
+// starts where the run does.
+struct DrawSink {
+  ddColor* target;
+  const uint8_t* mask;
+  const ddCxform& cxform;
+  int y, width;
+  ddPaint* run = nullptr;
+  int runStart = 0;
+  bool direct = false;
+  ddColor colour = 0;
+
+  void piece(int x0, int x1, uint32_t level, ddPaint* p) {
+    if (p != run) {
+      flush(x0);
+      run = p;
+      runStart = x0;
+      if (!p) return;
+      direct = !mask && p->kind == ddFillSolid;
+      if (direct) colour = ddColor_premultiply(ddCxform_apply(cxform, p->data.color));
+    }
+    if (!p) return;
+    if (direct) {
+      if (!level) return;
+      const ddColor src = level == 255 ? colour : scaleWord(colour, level);
+      if (x1 - x0 == 1) {
+        if (src >= 0x01000000u) under(target + x0, src);
+      } else {
+        underSpan(target + x0, x1 - x0, src);
+      }
+    } else if (mask) {
+      for (int x = x0; x < x1; x++)
+        coverageRow[x] = (mask[x] == 255 ? level : level * mask[x] / 255) << 12;
+    } else {
+      std::fill(coverageRow + x0, coverageRow + x1, level << 12);
+    }
+  }
+
+  void flush(int x1) {
+    if (!run) return;
+    if (!direct) {
+      run->minX = runStart;
+      run->maxX = x1;
+      ddPaint_fillRow(run, y, pixelRow, cxform);
+      for (int x = runStart; x < x1; x++) {
+        const ddColor src = pixelRow[x];
+        if (src >= 0x01000000u) under(target + x, src);
+      }
+      std::memset(pixelRow + runStart, 0, size_t(x1 - runStart) * 4);
+      std::memset(coverageRow + runStart, 0, size_t(x1 - runStart) * 4);
+    }
+    resetPaint(run, width);
+  }
+
+  void finish(int end) {
+    flush(end);
+    run = nullptr;
+  }
+};
+
+// Masks are hard-edged: any coverage under a paint lets the shape through.
+struct MaskSink {
+  uint8_t* maskRow;
+  void piece(int x0, int x1, uint32_t level, ddPaint* p) {
+    if (p && level) std::memset(maskRow + x0, 255, size_t(x1 - x0));
+  }
+  void finish(int) {}
+};
 
 }  // namespace
 
@@ -255,37 +391,8 @@ void ddEdgeGroup_scanRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd
           nullptr, INT64_MIN};
   coverRow(group, row);
   if (row.lo > row.hi) return;
-  resolve(row, cellOwner);
-  const int lo = row.lo, hi = std::min(row.hi + 1, row.xb);
-  if (maskRow) {
-    for (int x = lo; x < hi; x++) {
-      uint8_t m = maskRow[x];
-      if (m != 255) coverageRow[x] = (ddCoverage_level(coverageRow[x]) * m / 255) << 12;
-    }
-  }
-  // Each run of cells with one paint is filled by that paint alone.
-  const int width = surface->width;
-  for (int x = lo; x < hi;) {
-    ddPaint* p = cellOwner[x];
-    int end = x + 1;
-    while (end < hi && cellOwner[end] == p) end++;
-    if (p) {
-      p->minX = x;
-      p->maxX = end;
-      ddPaint_fillRow(p, y, pixelRow, cxform);
-      resetPaint(p, width);
-    }
-    x = end;
-  }
-  std::memset(coverageRow + lo, 0, size_t(hi - lo) * 4);
-  ddColor* target = surface->pixels + size_t(y) * width;
-  for (int x = lo; x < hi; x++) {
-    // The common cases inline: nothing drawn here, an empty target, a full one.
-    const ddColor src = pixelRow[x], dst = target[x];
-    if (src < 0x01000000u || dst >= 0xFF000000u) continue;
-    target[x] = dst < 0x01000000u ? src : ddColor_under(dst, src);
-  }
-  std::memset(pixelRow + lo, 0, size_t(hi - lo) * 4);
+  DrawSink sink{surface->pixels + size_t(y) * surface->width, maskRow, cxform, y, surface->width};
+  resolve(row, sink);
 }
 
 void ddEdgeGroup_maskRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd,
@@ -296,12 +403,8 @@ void ddEdgeGroup_maskRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd
           nullptr, INT64_MIN};
   coverRow(group, row);
   if (row.lo > row.hi) return;
-  resolve(row, cellOwner);
-  const int lo = row.lo, hi = std::min(row.hi + 1, row.xb);
-  // Masks are hard-edged: any coverage under a paint lets the shape through.
-  for (int x = lo; x < hi; x++)
-    if (cellOwner[x] && coverageRow[x]) maskRow[x] = 255;
-  std::memset(coverageRow + lo, 0, size_t(hi - lo) * 4);
+  MaskSink sink{maskRow};
+  resolve(row, sink);
 }
 
 void ddEdgeGroup_reset(ddEdgeGroup* group) {
