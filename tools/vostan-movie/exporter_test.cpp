@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <sstream>
 
 #include "corpus_render.h"
 #include "movie/natives/movie_host.h"
@@ -170,6 +172,50 @@ TEST_F(ExporterTest, BadInputFailsWithAMessage) {
     EXPECT_NE(r.err.find(c.message), std::string::npos) << c.args << "\n" << r.err;
   }
   EXPECT_FALSE(fs::exists(dir_ / "x.png"));
+}
+
+// Every corpus picture through the exporter: the same pixels as the movie
+// object draws in process, and for movies whose blocks are all read, at least
+// as close to the other players' pictures as the kept baseline records.
+TEST_F(ExporterTest, CorpusMoviesThroughTheExporter) {
+  std::vector<corpus::Case> cases = corpus::listCases(VOSTAN_SWF_CORPUS);
+  if (cases.empty()) GTEST_SKIP() << "no corpus at " << VOSTAN_SWF_CORPUS;
+  std::map<std::string, std::pair<double, double>> baseline;
+  std::ifstream in(VOSTAN_CORPUS_BASELINE);
+  for (std::string line; std::getline(in, line);) {
+    std::istringstream fields(line);
+    std::string key;
+    double share, mean;
+    if (line[0] != '#' && fields >> key >> share >> mean) baseline[key] = {share, mean};
+  }
+  int supported = 0, withBitmaps = 0;
+  for (const corpus::Case& c : cases) {
+    const std::string key = c.movie + "/" + c.name;
+    SCOPED_TRACE(key);
+    corpus::Picture expected;
+    ASSERT_TRUE(corpus::readPng(c.pngPath, expected));
+    corpus::Rendered r =
+        corpus::renderMovieFile(c.swfPath, c.framesAdvanced, expected.width, expected.height);
+    ASSERT_TRUE(r.opened);
+    Outcome run =
+        this->run("render " + c.swfPath + " --frame " + std::to_string(r.shownFrame) + " --size " +
+                  std::to_string(expected.width) + "x" + std::to_string(expected.height) +
+                  " --background --out " + (dir_ / "corpus.png").string());
+    ASSERT_EQ(run.status, 0) << run.err;
+    corpus::Picture got = picture("corpus.png");
+    EXPECT_TRUE(got.rgba == r.picture.rgba) << "the exporter drew otherwise than the movie object";
+    if (!r.allBlocksRead) continue;
+    supported++;
+    if (this->run("info " + c.swfPath).out.find(" bitmap ") != std::string::npos) withBitmaps++;
+    corpus::Comparison cmp = corpus::compare(got, expected, 8);
+    auto it = baseline.find(key);
+    ASSERT_NE(it, baseline.end()) << "no baseline";
+    EXPECT_GE(cmp.withinShare, it->second.first - 0.002);
+    EXPECT_LE(cmp.meanAbsError, it->second.second + 0.1);
+  }
+  EXPECT_GT(supported, 0);
+  std::printf("%d of %zu corpus pictures from movies whose blocks are all read, %d with bitmaps\n",
+              supported, cases.size(), withBitmaps);
 }
 
 }  // namespace

@@ -305,17 +305,20 @@ int render(const std::vector<std::string>& args) {
   if (in.empty() || out.empty() || frame < 0) usage();
 
   std::vector<uint8_t> bytes = readFile(in);
-  ddMovie* movie = open(in, bytes, 1, 1, nullptr);
-  const ddTimeline* root = movie->rootTimeline;
   if (!width) {
     // The movie's own size, as wide as the rasteriser goes.
-    width = std::max(1, std::min(pixels(root->frameWidth), ddRowWidth));
-    height = std::max(1, std::min(pixels(root->frameHeight), 8192));
+    ddMovie* probe = open(in, bytes, 1, 1, nullptr);
+    width = std::max(1, std::min(pixels(probe->rootTimeline->frameWidth), ddRowWidth));
+    height = std::max(1, std::min(pixels(probe->rootTimeline->frameHeight), 8192));
+    ddMovie_dispose(probe);
   }
-  if (frame >= root->framesRead)
-    fail(in + ": no frame " + std::to_string(frame) + " (the movie has " +
-         std::to_string(root->framesRead) + ", counted from 0)");
-  ddMovie_setSize(movie, width, height);
+  // Opened at its final size, as Java opens movies.
+  ddMovie* movie = open(in, bytes, width, height, nullptr);
+  const int frames = movie->rootTimeline->framesRead;
+  // Frame 0 always exists: a movie that shows no frame draws its empty stage.
+  if (frame > 0 && frame >= frames)
+    fail(in + ": no frame " + std::to_string(frame) + " (the movie has " + std::to_string(frames) +
+         ", counted from 0)");
   ddClip_moveFrame(movie, movie->rootClip, frame);
   Capture picture;
   ddMovie_drawToTexture(movie, 0, 0, ddTextureTarget{true, width, height, capture, &picture});
