@@ -242,13 +242,14 @@ TEST_F(GLGraphicsTest, SkinningWeighsBonesByTheFractions) {
   };
   auto lit = [&](int x, int y) { return at(x, y) == 0xFFFFFFFFu; };
 
-  // 0.25 of (0.8, 0) and 0.75 of (-0.4, 0.4): (-0.1, 0.3), pixel (28.8, 22.4).
+  // 0.25 of (0.8, 0) and 0.75 of (-0.4, 0.4): (-0.1, 0.3), at (28.8, 22.4) on
+  // screen, the centre of pixel (29, 22).
   draw({0, 0, 0, {3.25f, 7.75f, 0, 0}});
-  EXPECT_TRUE(lit(28, 22));
+  EXPECT_TRUE(lit(29, 22));
   EXPECT_FALSE(lit(32, 32));
   // Shares that add up to a half pull the point half way to the origin.
   draw({0.8f, 0.8f, 0, {1.25f, 2.25f, 0, 0}});
-  EXPECT_TRUE(lit(44, 19));
+  EXPECT_TRUE(lit(45, 19));  // (44.8, 19.2)
   EXPECT_FALSE(lit(57, 6));
   declaration->release();
 }
@@ -344,6 +345,54 @@ TEST_F(GLGraphicsTest, BuffersDrawThroughTheirDeclaration) {
   vb1->release();
   ib->release();
   declaration->release();
+}
+
+}  // namespace
+}  // namespace vostan::test
+
+namespace vostan::test {
+namespace {
+
+// Pixel centres lie on whole coordinates: a quad with edges half a pixel
+// outside pixels 0 to 3 covers those four, and maps each texel of a 4 by 4
+// texture onto one pixel.
+TEST_F(GLGraphicsTest, PixelCentresLieOnWholeCoordinates) {
+  Texture* texture = nullptr;
+  ASSERT_EQ(g->device->createTexture(4, 4, 1, 0, FMT_A8R8G8B8, POOL_MANAGED, &texture), OK);
+  auto texel = [](int x, int y) { return 0xFF000000u | (x * 60u) << 16 | (y * 60u) << 8; };
+  Surface* level = nullptr;
+  texture->getSurfaceLevel(0, &level);
+  LockedRect lr;
+  level->lockRect(lr, nullptr, 0);
+  for (int y = 0; y < 4; ++y)
+    for (int x = 0; x < 4; ++x)
+      reinterpret_cast<uint32_t*>(static_cast<uint8_t*>(lr.bits) + y * lr.pitch)[x] = texel(x, y);
+  level->unlockRect();
+  level->release();
+  g->device->setTexture(0, texture);
+
+  clearTo(0, 0, 1);
+  auto x = [](float px) { return px / 32.0f - 1.0f; };
+  auto y = [](float py) { return 1.0f - py / 32.0f; };
+  g->color3f(1, 1, 1);
+  g->begin(7);
+  g->texCoord2f(0, 0);
+  g->vertex2f(x(-0.5f), y(-0.5f));
+  g->texCoord2f(1, 0);
+  g->vertex2f(x(3.5f), y(-0.5f));
+  g->texCoord2f(1, 1);
+  g->vertex2f(x(3.5f), y(3.5f));
+  g->texCoord2f(0, 1);
+  g->vertex2f(x(-0.5f), y(3.5f));
+  g->end();
+  const auto px = readBack();
+  for (int row = 0; row < 4; ++row)
+    for (int column = 0; column < 4; ++column)
+      EXPECT_EQ(px[row * kSize + column] | 0xFF000000u, texel(column, row)) << column << "," << row;
+  EXPECT_EQ(px[4] | 0xFF000000u, 0xFF0000FFu);
+  EXPECT_EQ(px[4 * kSize] | 0xFF000000u, 0xFF0000FFu);
+  g->device->setTexture(0, nullptr);
+  texture->release();
 }
 
 }  // namespace

@@ -235,6 +235,8 @@ struct GLProgram {
   std::vector<uint32_t> uploaded;  // parameter versions sent
   GLint alphaRef = -1;
   int alphaRefSent = -1;
+  GLint pixelOffset = -1;
+  uint64_t viewportSent = 0;  // the device's viewport serial
 };
 
 class GLDevice;
@@ -405,6 +407,7 @@ class GLDevice : public StateDevice {
   GLProgram* program_ = nullptr;
   GLuint boundProgram_ = 0;
   GLEffect* passEffect_ = nullptr;
+  uint64_t viewportSerial_ = 1;
   int passTechnique_ = -1;
   GLTextureUnits units_;
   bool inScene_ = false;
@@ -462,10 +465,14 @@ GLProgram* GLEffect::program(int t, uint64_t key, std::string* errors) {
       head +
       "#define VERTEX 1\n"
       "layout(location = 0) in vec4 aPosition;\nlayout(location = 1) in vec4 aColor;\n"
-      "layout(location = 2) in vec2 aTexCoord;\nlayout(location = 3) in vec4 aWeight;\n" +
+      "layout(location = 2) in vec2 aTexCoord;\nlayout(location = 3) in vec4 aWeight;\n"
+      "uniform vec2 vxPixelOffset;\n" +
       source_.text + "\nvoid main() {\n  emit(" + source_.vertexCall(*vs) +
       ");\n  // Direct3D's depth runs from 0 to 1.\n"
-      "  gl_Position.z = 2.0 * gl_Position.z - gl_Position.w;\n}\n";
+      "  gl_Position.z = 2.0 * gl_Position.z - gl_Position.w;\n"
+      "  // Direct3D's pixel centres lie on whole coordinates, half a pixel up and\n"
+      "  // left of GL's.\n"
+      "  gl_Position.xy += vxPixelOffset * gl_Position.w;\n}\n";
   const std::string fragment = head + source_.text + pixelConstants(key) + kPixelStage +
                                "\nvoid main() {\n  vec4 c = " +
                                (ps ? source_.pixelCall(*ps) : std::string("vxFixedStage()")) +
@@ -498,6 +505,7 @@ GLProgram* GLEffect::program(int t, uint64_t key, std::string* errors) {
     p->uploaded.push_back(0);
   }
   p->alphaRef = glGetUniformLocation(p->id, "vxAlphaRef");
+  p->pixelOffset = glGetUniformLocation(p->id, "vxPixelOffset");
   glUseProgram(p->id);
   for (const auto& s : source_.samplers) {
     const GLint at = glGetUniformLocation(p->id, s.name.c_str());
@@ -843,6 +851,16 @@ bool GLDevice::prepareDraw() {
   if (program_->alphaRefSent != ref) {
     program_->alphaRefSent = ref;
     glUniform1i(program_->alphaRef, ref);
+  }
+  if (changed & DIRTY_VIEWPORT) ++viewportSerial_;
+  if (program_->viewportSent != viewportSerial_) {
+    program_->viewportSent = viewportSerial_;
+    // Just under half a pixel, so that edges on Direct3D's pixel boundaries
+    // never fall on GL's pixel centres, where the fill rules differ.
+    const Viewport& v = state_.viewport;
+    const float shift = 63.0f / 64.0f;
+    glUniform2f(program_->pixelOffset, v.width ? shift / static_cast<float>(v.width) : 0.0f,
+                v.height ? -shift / static_cast<float>(v.height) : 0.0f);
   }
   if (changed & (DIRTY_TEXTURES | DIRTY_SAMPLERS))
     units_.bind(state_.textures, state_.samplerStates, 2);
