@@ -114,14 +114,13 @@ public final class VecMovieEndToEnd {
     check(Arrays.equals(got1, expected1),
         "frame 1 in the texture equals the exporter's: " + firstDifference(got1, expected1, 550));
 
+    // Hit tests and names through the natives; the cases live in the C++ tests.
     long hero = v.n_getHitClip(m, 205, 105);
     check(hero != 0 && "hero".equals(v.n_getClipParamv(hero, 0)), "hit inside the hero's square");
     check(v.n_getClipParamf(hero, 1) == 2.0f, "the hero has 2 frames");
     check("instance7".equals(v.n_getClipParamv(v.n_getHitClip(m, 355, 305), 0)),
         "an unnamed sprite at depth 7 is instance7");
     check(v.n_getHitClip(m, 266, 105) == 0, "just right of the hero's square: nothing");
-    check(v.n_getHitClip(m, 100, 100) == 0, "the root's own square is no answer");
-    check(v.n_getHitClip(m, 545, 395) == 0, "empty corner: nothing");
 
     // Scribble on the texture: a draw with nothing changed uploads the whole unchanged
     // surface once more, over the scribble.
@@ -138,7 +137,6 @@ public final class VecMovieEndToEnd {
     byte[] expected2 = exported(2, 550, 400);
     check(Arrays.equals(got2, expected2),
         "frame 2 after frame 1 equals the exporter's: " + firstDifference(got2, expected2, 550));
-    check(v.n_getHitClip(m, 355, 305) == 0, "the removed sprite is no answer");
 
     // A texture smaller than the surface is left alone.
     int small = texture(100, 100);
