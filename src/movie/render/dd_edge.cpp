@@ -107,6 +107,7 @@ struct Builder {
     ddEdgeGroup* g = group;
     g->sorted = static_cast<ddEdge**>(ddMalloc(size_t(g->count ? g->count : 1) * sizeof(ddEdge*)));
     for (int32_t i = 0; i < g->count; i++) g->sorted[i] = &g->edges[i];
+    g->active = static_cast<ddEdge**>(ddMalloc(size_t(g->count ? g->count : 1) * sizeof(ddEdge*)));
     std::sort(g->sorted, g->sorted + g->count, [](const ddEdge* p, const ddEdge* q) {
       if (p->y0 != q->y0) return p->y0 < q->y0;
       if (p->x0 != q->x0) return p->x0 < q->x0;
@@ -156,6 +157,7 @@ void ddEdgeGroup_freeAll(ddEdgeGroup* group) {
     ddEdgeGroup* next = group->next;
     ddFree(group->edges);
     ddFree(group->sorted);
+    ddFree(group->active);
     ddFree(group);
     group = next;
   }

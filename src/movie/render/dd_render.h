@@ -47,7 +47,6 @@ struct ddEdge {
   uint16_t lineWidth;  // 0: no stroke
   uint8_t reversed;    // drawn bottom to top
   ddPaint *left, *right;
-  ddEdge *nextActive, *prevActive;
 };
 
 // The edges between two group records of a shape.
@@ -58,7 +57,8 @@ struct ddEdgeGroup {
   int32_t count;
   ddEdge** sorted;  // by y0, x0, dxdy
   int32_t nextIndex;
-  ddEdge* active;
+  ddEdge** active;  // edges of the current scanline, room for all of them
+  int32_t activeCount;
   uint8_t flip;  // 1: an edge's left paint fills the span to its right
   int32_t capacity;
 };

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 #include "movie/render/dd_render.h"
 
@@ -159,17 +160,31 @@ void cover(ddEdge* e, const ddEdgeGroup* group, Row& row) {
   if (c <= cLast) row.hi = std::max(row.hi, row.xb);
 }
 
-void unlink(ddEdgeGroup* group, ddEdge* e) {
-  if (e->prevActive)
-    e->prevActive->nextActive = e->nextActive;
-  else
-    group->active = e->nextActive;
-  if (e->nextActive) e->nextActive->prevActive = e->prevActive;
-  e->nextActive = e->prevActive = nullptr;
-}
+// Activation on row y. Each new edge goes before the first active edge that
+// it goes first of: always when it ends in this row, never before one that
+// does, and otherwise when its x one row down, curX + dxdy, is less. The list
+// is not sorted again later, so edges are taken not to cross.
+//
+// Rows of a large group activate many edges into a long list, so the new ones
+// are placed together: ending ones at the head, latest first; any other before
+// the first entry whose key exceeds its own, where an ending entry never does.
+// That entry is the first whose running maximum of keys exceeds it, found by
+// binary search, and new edges in one gap keep the order of their keys, ties
+// in the order they came.
+struct NewEdge {
+  int64_t key;
+  int32_t gap, seq;
+  ddEdge* edge;
+};
+std::vector<ddEdge*> endingEdges;
+std::vector<NewEdge> newEdges;
+std::vector<int64_t> keyMax;
+std::vector<ddEdge*> merged;
 
 void activate(ddEdgeGroup* group, int y) {
   const int64_t rowTop = int64_t(y) << 10, rowBottom = int64_t(y + 1) << 10;
+  endingEdges.clear();
+  newEdges.clear();
   while (group->nextIndex < group->count && group->sorted[group->nextIndex]->y0 < rowBottom) {
     ddEdge* e = group->sorted[group->nextIndex++];
     if (e->y1 < rowTop) continue;
@@ -183,25 +198,39 @@ void activate(ddEdgeGroup* group, int y) {
       e->curX = e->xRowStart;
       e->curY = e->yColStart;
     }
-    auto goesFirst = [rowBottom](const ddEdge* n, const ddEdge* o) {
-      if (n->y1 < rowBottom) return true;
-      if (o->y1 < rowBottom) return false;
-      return int64_t(n->curX) + n->dxdy < int64_t(o->curX) + o->dxdy;
-    };
-    ddEdge* prev = nullptr;
-    ddEdge* at = group->active;
-    while (at && !goesFirst(e, at)) {
-      prev = at;
-      at = at->nextActive;
-    }
-    e->prevActive = prev;
-    e->nextActive = at;
-    if (prev)
-      prev->nextActive = e;
+    if (e->y1 < rowBottom)
+      endingEdges.push_back(e);
     else
-      group->active = e;
-    if (at) at->prevActive = e;
+      newEdges.push_back({int64_t(e->curX) + e->dxdy, 0, int32_t(newEdges.size()), e});
   }
+  if (endingEdges.empty() && newEdges.empty()) return;
+  const int n = group->activeCount;
+  ddEdge** list = group->active;
+  if (!newEdges.empty()) {
+    keyMax.resize(size_t(n));
+    int64_t running = INT64_MIN;
+    for (int i = 0; i < n; i++) {
+      const ddEdge* e = list[i];
+      if (e->y1 >= rowBottom) running = std::max(running, int64_t(e->curX) + e->dxdy);
+      keyMax[size_t(i)] = running;
+    }
+    for (NewEdge& ne : newEdges)
+      ne.gap = int32_t(std::upper_bound(keyMax.begin(), keyMax.end(), ne.key) - keyMax.begin());
+    std::sort(newEdges.begin(), newEdges.end(), [](const NewEdge& p, const NewEdge& q) {
+      if (p.gap != q.gap) return p.gap < q.gap;
+      if (p.key != q.key) return p.key < q.key;
+      return p.seq < q.seq;
+    });
+  }
+  merged.clear();
+  merged.insert(merged.end(), endingEdges.rbegin(), endingEdges.rend());
+  size_t k = 0;
+  for (int i = 0; i <= n; i++) {
+    for (; k < newEdges.size() && newEdges[k].gap == i; k++) merged.push_back(newEdges[k].edge);
+    if (i < n) merged.push_back(list[i]);
+  }
+  std::copy(merged.begin(), merged.end(), list);
+  group->activeCount = int32_t(merged.size());
 }
 
 // Activation, coverage of every active edge, removal of edges that end in
@@ -210,12 +239,13 @@ void coverRow(ddEdgeGroup* group, Row& row) {
   const int64_t rowBottom = int64_t(row.y + 1) << 10;
   activate(group, row.y);
   stamp++;
-  for (ddEdge* e = group->active; e; e = e->nextActive) cover(e, group, row);
-  for (ddEdge* e = group->active; e;) {
-    ddEdge* next = e->nextActive;
-    if (e->y1 < rowBottom) unlink(group, e);
-    e = next;
-  }
+  ddEdge** list = group->active;
+  const int n = group->activeCount;
+  for (int i = 0; i < n; i++) cover(list[i], group, row);
+  int kept = 0;
+  for (int i = 0; i < n; i++)
+    if (list[i]->y1 >= rowBottom) list[kept++] = list[i];
+  group->activeCount = kept;
 }
 
 // Coverage level 0 to 255 of a running area sum.
@@ -410,7 +440,7 @@ void ddEdgeGroup_maskRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd
 void ddEdgeGroup_reset(ddEdgeGroup* group) {
   for (; group; group = group->next) {
     group->nextIndex = 0;
-    while (group->active) unlink(group, group->active);
+    group->activeCount = 0;
   }
 }
 
