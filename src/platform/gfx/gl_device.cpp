@@ -149,6 +149,38 @@ class WindowSurface : public Surface {
   SurfaceDesc desc_;
 };
 
+// A depth-stencil surface of its own: a D24S8 renderbuffer.
+class GLDepthSurface : public Surface {
+ public:
+  GLDepthSurface(const SurfaceDesc& desc, SDL_Window* window, SDL_GLContext context)
+      : desc_(desc), window_(window), context_(context) {
+    glGenRenderbuffers(1, &name_);
+    glBindRenderbuffer(GL_RENDERBUFFER, name_);
+    glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, static_cast<GLsizei>(desc.width),
+                          static_cast<GLsizei>(desc.height));
+    glBindRenderbuffer(GL_RENDERBUFFER, 0);
+  }
+  HRESULT getDesc(SurfaceDesc& out) override {
+    out = desc_;
+    return OK;
+  }
+  HRESULT lockRect(LockedRect&, const Rect*, uint32_t) override { return kInvalidCall; }
+  HRESULT unlockRect() override { return kInvalidCall; }
+  GLuint name() const { return name_; }
+
+ protected:
+  ~GLDepthSurface() override {
+    if (SDL_GL_GetCurrentContext() != context_) SDL_GL_MakeCurrent(window_, context_);
+    glDeleteRenderbuffers(1, &name_);
+  }
+
+ private:
+  SurfaceDesc desc_;
+  SDL_Window* window_;
+  SDL_GLContext context_;
+  GLuint name_ = 0;
+};
+
 // Stage 0 of the fixed pixel stage and the alpha test, for every program.
 // The stage's operations come in as constants of the program's variant, so
 // that the compiler keeps only the work they ask for.
@@ -235,7 +267,7 @@ struct GLProgram {
   std::vector<uint32_t> uploaded;  // parameter versions sent
   GLint alphaRef = -1;
   int alphaRefSent = -1;
-  GLint pixelOffset = -1;
+  GLint targetTransform = -1;
   uint64_t viewportSent = 0;  // the device's viewport serial
 };
 
@@ -292,16 +324,20 @@ class GLDevice : public StateDevice {
     depthSurface_->addRef();
     return OK;
   }
-  HRESULT setRenderTarget(uint32_t index, Surface* target) override {
-    return index == 0 && target == backBuffer_ ? OK : kNotAvailable;
-  }
-  HRESULT setDepthStencilSurface(Surface* surface) override {
-    return surface == depthSurface_ ? OK : kNotAvailable;
-  }
-  HRESULT createDepthStencilSurface(uint32_t, uint32_t, int32_t, int32_t, uint32_t, bool,
-                                    Surface** out) override {
+  HRESULT setRenderTarget(uint32_t index, Surface* target) override;
+  HRESULT setDepthStencilSurface(Surface* surface) override;
+  HRESULT createDepthStencilSurface(uint32_t width, uint32_t height, int32_t format, int32_t,
+                                    uint32_t, bool, Surface** out) override {
     *out = nullptr;
-    return kNotAvailable;
+    if (format != FMT_D24S8) return kNotAvailable;
+    makeCurrent();
+    SurfaceDesc d;
+    d.format = format;
+    d.usage = USAGE_DEPTHSTENCIL;
+    d.width = width;
+    d.height = height;
+    *out = new GLDepthSurface(d, window_, context_);
+    return OK;
   }
   HRESULT createOffscreenPlainSurface(uint32_t width, uint32_t height, int32_t format, int32_t pool,
                                       Surface** out) override {
@@ -389,6 +425,8 @@ class GLDevice : public StateDevice {
   };
   // Sends what changed of the state; false outside an effect pass.
   bool prepareDraw();
+  // Binds the framebuffer of the render target and depth surface in use.
+  void bindTarget();
   // Points the attributes at their streams by the declaration, or at stream
   // 0 by the FVF.
   void bindLayout(const StreamSource* sources);
@@ -407,6 +445,17 @@ class GLDevice : public StateDevice {
   GLProgram* program_ = nullptr;
   GLuint boundProgram_ = 0;
   GLEffect* passEffect_ = nullptr;
+  // The render target and depth surface in use, each with a reference.
+  Surface* target_ = nullptr;
+  Surface* depthTarget_ = nullptr;
+  bool targetChanged_ = true;
+  bool flipped_ = false;  // drawing into a texture
+  bool noDepth_ = false;  // no depth surface: depth and stencil tests are off
+  int targetHeight_ = 0;  // what Direct3D's top-down rows are counted from
+  GLuint fbo_ = 0, readFbo_ = 0;
+  // The back buffer's depth surface as a texture target's depth.
+  GLuint autoDepth_ = 0;
+  int autoDepthWidth_ = 0, autoDepthHeight_ = 0;
   uint64_t viewportSerial_ = 1;
   int passTechnique_ = -1;
   GLTextureUnits units_;
@@ -466,13 +515,14 @@ GLProgram* GLEffect::program(int t, uint64_t key, std::string* errors) {
       "#define VERTEX 1\n"
       "layout(location = 0) in vec4 aPosition;\nlayout(location = 1) in vec4 aColor;\n"
       "layout(location = 2) in vec2 aTexCoord;\nlayout(location = 3) in vec4 aWeight;\n"
-      "uniform vec2 vxPixelOffset;\n" +
+      "uniform vec3 vxTarget;\n" +
       source_.text + "\nvoid main() {\n  emit(" + source_.vertexCall(*vs) +
       ");\n  // Direct3D's depth runs from 0 to 1.\n"
       "  gl_Position.z = 2.0 * gl_Position.z - gl_Position.w;\n"
-      "  // Direct3D's pixel centres lie on whole coordinates, half a pixel up and\n"
-      "  // left of GL's.\n"
-      "  gl_Position.xy += vxPixelOffset * gl_Position.w;\n}\n";
+      "  // A texture's rows run top down: its target turns y over. Direct3D's\n"
+      "  // pixel centres lie on whole coordinates, half a pixel up and left of GL's.\n"
+      "  gl_Position.y *= vxTarget.z;\n"
+      "  gl_Position.xy += vxTarget.xy * gl_Position.w;\n}\n";
   const std::string fragment = head + source_.text + pixelConstants(key) + kPixelStage +
                                "\nvoid main() {\n  vec4 c = " +
                                (ps ? source_.pixelCall(*ps) : std::string("vxFixedStage()")) +
@@ -505,7 +555,7 @@ GLProgram* GLEffect::program(int t, uint64_t key, std::string* errors) {
     p->uploaded.push_back(0);
   }
   p->alphaRef = glGetUniformLocation(p->id, "vxAlphaRef");
-  p->pixelOffset = glGetUniformLocation(p->id, "vxPixelOffset");
+  p->targetTransform = glGetUniformLocation(p->id, "vxTarget");
   glUseProgram(p->id);
   for (const auto& s : source_.samplers) {
     const GLint at = glGetUniformLocation(p->id, s.name.c_str());
@@ -587,8 +637,13 @@ GLDevice::~GLDevice() {
   makeCurrent();
   releaseState(state_);
   units_.release();
+  releaseAndNull(target_);
+  releaseAndNull(depthTarget_);
   releaseAndNull(backBuffer_);
   releaseAndNull(depthSurface_);
+  if (fbo_) glDeleteFramebuffers(1, &fbo_);
+  if (readFbo_) glDeleteFramebuffers(1, &readFbo_);
+  if (autoDepth_) glDeleteRenderbuffers(1, &autoDepth_);
   glDeleteBuffers(1, &vbo_);
   glDeleteVertexArrays(1, &vao_);
   SDL_GL_MakeCurrent(window_, nullptr);
@@ -611,7 +666,78 @@ void GLDevice::makeSurfaces() {
     d.usage = USAGE_DEPTHSTENCIL;
     depthSurface_ = new WindowSurface(d);
   }
+  releaseAndNull(target_);
+  releaseAndNull(depthTarget_);
+  backBuffer_->addRef();
+  target_ = backBuffer_;
+  if (depthSurface_) depthSurface_->addRef();
+  depthTarget_ = depthSurface_;
+  targetChanged_ = true;
   setDefaultState(d.width, d.height, parameters_.enableAutoDepthStencil);
+}
+
+HRESULT GLDevice::setRenderTarget(uint32_t index, Surface* target) {
+  if (index != 0 || !target) return kInvalidCall;
+  if (target != backBuffer_ && !glSurfaceTextureName(target)) return kInvalidCall;
+  target->addRef();
+  releaseAndNull(target_);
+  target_ = target;
+  targetChanged_ = true;
+  // A new target starts with the viewport and the scissor over all of it.
+  SurfaceDesc d;
+  target->getDesc(d);
+  StateDevice::setViewport(Viewport{0, 0, d.width, d.height, 0.0f, 1.0f});
+  StateDevice::setScissorRect(
+      Rect{0, 0, static_cast<int32_t>(d.width), static_cast<int32_t>(d.height)});
+  return OK;
+}
+
+HRESULT GLDevice::setDepthStencilSurface(Surface* surface) {
+  if (surface && surface != depthSurface_ && !dynamic_cast<GLDepthSurface*>(surface))
+    return kInvalidCall;
+  if (surface) surface->addRef();
+  releaseAndNull(depthTarget_);
+  depthTarget_ = surface;
+  targetChanged_ = true;
+  return OK;
+}
+
+void GLDevice::bindTarget() {
+  if (!targetChanged_) return;
+  targetChanged_ = false;
+  noDepth_ = depthTarget_ == nullptr;
+  dirty_ |= DIRTY_VIEWPORT | DIRTY_SCISSOR | DIRTY_RASTER | DIRTY_DEPTH | DIRTY_STENCIL;
+  if (target_ == backBuffer_) {
+    // The window's own depth buffer is the only one it can have.
+    glBindFramebuffer(GL_FRAMEBUFFER, 0);
+    flipped_ = false;
+    targetHeight_ = height_;
+    return;
+  }
+  SurfaceDesc d;
+  target_->getDesc(d);
+  flipped_ = true;
+  targetHeight_ = static_cast<int>(d.height);
+  if (!fbo_) glGenFramebuffers(1, &fbo_);
+  glBindFramebuffer(GL_FRAMEBUFFER, fbo_);
+  glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D,
+                         glSurfaceTextureName(target_), 0);
+  GLuint depth = 0;
+  if (depthTarget_ == depthSurface_ && depthTarget_) {
+    // GL cannot lend the window's depth buffer to a texture: a buffer of the
+    // same size stands in for it.
+    if (!autoDepth_ || autoDepthWidth_ != width_ || autoDepthHeight_ != height_) {
+      if (!autoDepth_) glGenRenderbuffers(1, &autoDepth_);
+      glBindRenderbuffer(GL_RENDERBUFFER, autoDepth_);
+      glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, width_, height_);
+      glBindRenderbuffer(GL_RENDERBUFFER, 0);
+      autoDepthWidth_ = width_, autoDepthHeight_ = height_;
+    }
+    depth = autoDepth_;
+  } else if (auto* own = dynamic_cast<GLDepthSurface*>(depthTarget_)) {
+    depth = own->name();
+  }
+  glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER, depth);
 }
 
 HRESULT GLDevice::reset(PresentParameters& parameters) {
@@ -656,26 +782,37 @@ HRESULT GLDevice::createEffect(const char* text, std::size_t length, Effect** ou
 }
 
 HRESULT GLDevice::getRenderTargetData(Surface* target, Surface* destination) {
-  if (target != backBuffer_) return kInvalidCall;
+  const GLuint texture = target == backBuffer_ ? 0 : glSurfaceTextureName(target);
+  if (target != backBuffer_ && !texture) return kInvalidCall;
+  SurfaceDesc from;
+  target->getDesc(from);
   auto* to = static_cast<MemorySurface*>(destination);
   const SurfaceDesc& d = to->desc();
-  if (d.width != static_cast<uint32_t>(width_) || d.height != static_cast<uint32_t>(height_) ||
-      bytesPerPixel(d.format) != 4)
+  if (d.width != from.width || d.height != from.height || bytesPerPixel(d.format) != 4)
     return kInvalidCall;
   makeCurrent();
-  glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+  if (texture) {
+    if (!readFbo_) glGenFramebuffers(1, &readFbo_);
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, readFbo_);
+    glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
+  } else {
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+  }
   glPixelStorei(GL_PACK_ALIGNMENT, 4);
-  // GL's rows run bottom up; a surface's top down. BGRA bytes are A8R8G8B8
-  // words in memory.
-  for (int y = 0; y < height_; ++y)
-    glReadPixels(0, height_ - 1 - y, width_, 1, GL_BGRA, GL_UNSIGNED_BYTE,
-                 to->bits() + static_cast<std::ptrdiff_t>(y) * to->pitch());
+  // The window's rows run bottom up, a texture's top down as drawn; a
+  // surface's top down. BGRA bytes are A8R8G8B8 words in memory.
+  const int h = static_cast<int>(d.height);
+  for (int y = 0; y < h; ++y)
+    glReadPixels(0, texture ? y : h - 1 - y, static_cast<GLsizei>(d.width), 1, GL_BGRA,
+                 GL_UNSIGNED_BYTE, to->bits() + static_cast<std::ptrdiff_t>(y) * to->pitch());
+  targetChanged_ = true;  // the read binding is back at the next draw
   return OK;
 }
 
 HRESULT GLDevice::clear(uint32_t, const Rect*, uint32_t flags, uint32_t color, float z,
                         uint32_t stencil) {
   makeCurrent();
+  bindTarget();
   // The whole target, whatever the scissor and write masks say.
   glDisable(GL_SCISSOR_TEST);
   GLbitfield bits = 0;
@@ -685,6 +822,7 @@ HRESULT GLDevice::clear(uint32_t, const Rect*, uint32_t flags, uint32_t color, f
                  (color & 0xFF) / 255.0f, (color >> 24) / 255.0f);
     bits |= GL_COLOR_BUFFER_BIT;
   }
+  if (noDepth_) flags &= ~(CLEAR_ZBUFFER | CLEAR_STENCIL);
   if (flags & CLEAR_ZBUFFER) {
     glDepthMask(GL_TRUE);
     glClearDepth(z);
@@ -695,7 +833,7 @@ HRESULT GLDevice::clear(uint32_t, const Rect*, uint32_t flags, uint32_t color, f
     glClearStencil(static_cast<GLint>(stencil));
     bits |= GL_STENCIL_BUFFER_BIT;
   }
-  glClear(bits);
+  if (bits) glClear(bits);
   dirty_ |= DIRTY_SCISSOR | DIRTY_COLOR_MASK | DIRTY_DEPTH | DIRTY_STENCIL;
   return OK;
 }
@@ -713,7 +851,7 @@ void GLDevice::flushState() {
     glBlendEquation(blendOpOf(rs[RS_BLENDOP]));
   }
   if (d & DIRTY_DEPTH) {
-    if (rs[RS_ZENABLE])
+    if (rs[RS_ZENABLE] && !noDepth_)
       glEnable(GL_DEPTH_TEST);
     else
       glDisable(GL_DEPTH_TEST);
@@ -721,7 +859,7 @@ void GLDevice::flushState() {
     glDepthFunc(compareOf(rs[RS_ZFUNC]));
   }
   if (d & DIRTY_STENCIL) {
-    if (rs[RS_STENCILENABLE])
+    if (rs[RS_STENCILENABLE] && !noDepth_)
       glEnable(GL_STENCIL_TEST);
     else
       glDisable(GL_STENCIL_TEST);
@@ -738,7 +876,8 @@ void GLDevice::flushState() {
     } else {
       glEnable(GL_CULL_FACE);
       glCullFace(GL_BACK);
-      glFrontFace(rs[RS_CULLMODE] == CULL_CW ? GL_CCW : GL_CW);
+      // A texture target turns y over, and with it the winding.
+      glFrontFace((rs[RS_CULLMODE] == CULL_CW) != flipped_ ? GL_CCW : GL_CW);
     }
     glPolygonMode(GL_FRONT_AND_BACK, rs[RS_FILLMODE] == FILL_POINT       ? GL_POINT
                                      : rs[RS_FILLMODE] == FILL_WIREFRAME ? GL_LINE
@@ -760,12 +899,14 @@ void GLDevice::flushState() {
     else
       glDisable(GL_SCISSOR_TEST);
     const Rect& r = state_.scissor;
-    glScissor(r.left, height_ - r.bottom, r.right - r.left, r.bottom - r.top);
+    glScissor(r.left, flipped_ ? r.top : targetHeight_ - r.bottom, r.right - r.left,
+              r.bottom - r.top);
   }
   if (d & DIRTY_VIEWPORT) {
     const Viewport& v = state_.viewport;
+    const GLint y = static_cast<GLint>(v.y);
     glViewport(static_cast<GLint>(v.x),
-               height_ - static_cast<GLint>(v.y) - static_cast<GLint>(v.height),
+               flipped_ ? y : targetHeight_ - y - static_cast<GLint>(v.height),
                static_cast<GLsizei>(v.width), static_cast<GLsizei>(v.height));
     glDepthRange(v.minZ, v.maxZ);
   }
@@ -842,6 +983,7 @@ bool GLDevice::prepareDraw() {
   // Every draw runs inside an effect pass; the device has no program of its own.
   if (!passEffect_) return false;
   makeCurrent();
+  bindTarget();
   const uint32_t changed = dirty_;
   flushState();
   program_ = passEffect_->select(passTechnique_, pixelKey());
@@ -858,9 +1000,10 @@ bool GLDevice::prepareDraw() {
     // Just under half a pixel, so that edges on Direct3D's pixel boundaries
     // never fall on GL's pixel centres, where the fill rules differ.
     const Viewport& v = state_.viewport;
-    const float shift = 63.0f / 64.0f;
-    glUniform2f(program_->pixelOffset, v.width ? shift / static_cast<float>(v.width) : 0.0f,
-                v.height ? -shift / static_cast<float>(v.height) : 0.0f);
+    const float shift = 63.0f / 64.0f, down = flipped_ ? 1.0f : -1.0f;
+    glUniform3f(program_->targetTransform, v.width ? shift / static_cast<float>(v.width) : 0.0f,
+                v.height ? down * shift / static_cast<float>(v.height) : 0.0f,
+                flipped_ ? -1.0f : 1.0f);
   }
   if (changed & (DIRTY_TEXTURES | DIRTY_SAMPLERS))
     units_.bind(state_.textures, state_.samplerStates, 2);

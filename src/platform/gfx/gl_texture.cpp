@@ -133,6 +133,7 @@ class GLTextureLevel : public Surface {
   }
   // The texture is gone; later unlocks only touch the copy.
   void detach() { name_ = 0; }
+  GLuint name() const { return name_; }
 
  private:
   SurfaceDesc desc_;
@@ -210,6 +211,11 @@ GLint addressOf(uint32_t mode) {
 }
 
 }  // namespace
+
+uint32_t glSurfaceTextureName(Surface* surface) {
+  auto* level = dynamic_cast<GLTextureLevel*>(surface);
+  return level ? level->name() : 0;
+}
 
 void GLContextRef::makeCurrent() const {
   if (context && SDL_GL_GetCurrentContext() != context) SDL_GL_MakeCurrent(window, context);

@@ -30,6 +30,8 @@ HRESULT createGLTexture(const GLContextRef& context, uint32_t width, uint32_t he
 
 // The GL name behind a texture made by createGLTexture; 0 for null.
 uint32_t glTextureName(Texture* texture);
+// The GL name of the texture whose level `surface` is; 0 for other surfaces.
+uint32_t glSurfaceTextureName(Surface* surface);
 
 // Binds the textures of the first `units` stages with their sampler states
 // (filters and addressing) for a draw.
