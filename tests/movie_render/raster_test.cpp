@@ -206,6 +206,43 @@ TEST(Compositing, FrontToBackWithSemiTransparentLayers) {
   EXPECT_EQ(d.at(1, 1), p);
 }
 
+// Long spans go under the target several pixels at a time; every target pixel
+// must still end as ddColor_under of itself and the span's colour, whatever
+// its neighbours hold and wherever the span starts and ends.
+TEST(Compositing, SpansGoUnderMixedTargetsAsPixelByPixel) {
+  const int alphas[] = {0, 255, 1, 128, 254, 0, 255, 77};
+  const int w = 47, h = 4;
+  for (ddColor colour : {rgba(200, 100, 50, 255), rgba(90, 250, 10, 200)}) {
+    for (int start = 1; start <= 4; start++) {
+      Canvas c(w, h);
+      for (int y = 0; y < h; y++) {
+        for (int x = 0; x < w; x++) {
+          // Long stretches of one kind of pixel, then a mix, so that both
+          // the whole-block and the per-pixel paths run.
+          int a = x < 20 ? alphas[(x / 8 + y) % 8] : alphas[(x * 5 + y) % 8];
+          // Alpha 0 with colour left in it still counts as empty.
+          int r = a ? a * 3 / 4 : x % 7;
+          c.surface->pixels[y * w + x] = rgba(r, a / 2, a / 3, a);
+        }
+      }
+      std::vector<ddColor> before(c.surface->pixels, c.surface->pixels + w * h);
+      // Rows 1 and 2 are one span between two edge cells; the half-covered
+      // rows 0 and 3 are edge cells throughout.
+      Shape s(rectShape(start, 0.5, w - 1 - start, h - 0.5, colour));
+      drawShape(s.render, c);
+      const ddColor full = ddColor_premultiply(colour), half = ddColor_scale(full, 128);
+      for (int y = 0; y < h; y++) {
+        for (int x = 0; x < w; x++) {
+          const bool inside = x >= start && x < w - 1 - start;
+          const ddColor src = y == 0 || y == h - 1 ? half : full;
+          const ddColor want = inside ? ddColor_under(before[y * w + x], src) : before[y * w + x];
+          ASSERT_EQ(c.at(x, y), want) << x << "," << y << " start " << start;
+        }
+      }
+    }
+  }
+}
+
 TEST(EdgeCache, MatrixCompareClassifiesChanges) {
   ddMatrix zero{};
   ddMatrix id = ddMatrixIdentity;

@@ -310,22 +310,55 @@ inline void under(ddColor* t, ddColor src) {
   *t = d < 0x01000000u ? src : scaleWord(src, 255 - (d >> 24)) + d;
 }
 
-// One colour under n target pixels. Four at a time: a stretch still empty is
-// stored whole and an opaque one skipped.
+// One colour under four target pixels.
+inline void under4(ddColor* t, __m128i d, __m128i colour, __m128i colour16) {
+  const __m128i alpha = _mm_srli_epi32(d, 24);
+  const __m128i empty = _mm_cmpeq_epi32(alpha, _mm_setzero_si128());
+  const __m128i full = _mm_cmpeq_epi32(alpha, _mm_set1_epi32(255));
+  if (_mm_movemask_epi8(empty) == 0xFFFF) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(t), colour);
+    return;
+  }
+  if (_mm_movemask_epi8(full) == 0xFFFF) return;
+  // Each channel of the colour times 255 - alpha, shifted down by 8, then
+  // added to the target as a whole word.
+  const __m128i s32 = _mm_sub_epi32(_mm_set1_epi32(255), alpha);
+  const __m128i s16 = _mm_packs_epi32(s32, s32);
+  const __m128i pairs = _mm_unpacklo_epi16(s16, s16);
+  const __m128i sLo = _mm_unpacklo_epi32(pairs, pairs), sHi = _mm_unpackhi_epi32(pairs, pairs);
+  const __m128i lo = _mm_srli_epi16(_mm_mullo_epi16(colour16, sLo), 8);
+  const __m128i hi = _mm_srli_epi16(_mm_mullo_epi16(colour16, sHi), 8);
+  __m128i out = _mm_add_epi32(_mm_packus_epi16(lo, hi), d);
+  out = _mm_or_si128(_mm_and_si128(empty, colour), _mm_andnot_si128(empty, out));
+  out = _mm_or_si128(_mm_and_si128(full, d), _mm_andnot_si128(full, out));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(t), out);
+}
+
+// One colour under n target pixels, four at a time; sixteen at once where
+// the target is still all zero.
 void underSpan(ddColor* t, int n, ddColor src) {
   if (src < 0x01000000u) return;
-  int i = 0;
   const __m128i colour = _mm_set1_epi32(int(src));
-  const __m128i zero = _mm_setzero_si128(), opaque = _mm_set1_epi32(255);
-  for (; i + 4 <= n; i += 4) {
-    const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(t + i));
-    const __m128i alpha = _mm_srli_epi32(d, 24);
-    if (_mm_movemask_epi8(_mm_cmpeq_epi32(alpha, zero)) == 0xFFFF) {
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(t + i), colour);
-    } else if (_mm_movemask_epi8(_mm_cmpeq_epi32(alpha, opaque)) != 0xFFFF) {
-      for (int j = 0; j < 4; j++) under(t + i + j, src);
+  const __m128i colour16 = _mm_unpacklo_epi8(colour, _mm_setzero_si128());
+  auto at = [t](int i) { return reinterpret_cast<__m128i*>(t + i); };
+  int i = 0;
+  for (; i + 16 <= n; i += 16) {
+    const __m128i d0 = _mm_loadu_si128(at(i)), d1 = _mm_loadu_si128(at(i + 4));
+    const __m128i d2 = _mm_loadu_si128(at(i + 8)), d3 = _mm_loadu_si128(at(i + 12));
+    const __m128i any = _mm_or_si128(_mm_or_si128(d0, d1), _mm_or_si128(d2, d3));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi32(any, _mm_setzero_si128())) == 0xFFFF) {
+      _mm_storeu_si128(at(i), colour);
+      _mm_storeu_si128(at(i + 4), colour);
+      _mm_storeu_si128(at(i + 8), colour);
+      _mm_storeu_si128(at(i + 12), colour);
+      continue;
     }
+    under4(t + i, d0, colour, colour16);
+    under4(t + i + 4, d1, colour, colour16);
+    under4(t + i + 8, d2, colour, colour16);
+    under4(t + i + 12, d3, colour, colour16);
   }
+  for (; i + 4 <= n; i += 4) under4(t + i, _mm_loadu_si128(at(i)), colour, colour16);
   for (; i < n; i++) under(t + i, src);
 }
 
@@ -343,7 +376,7 @@ struct DrawSink {
   bool direct = false;
   ddColor colour = 0;
 
-  void piece(int x0, int x1, uint32_t level, ddPaint* p) {
+  __attribute__((always_inline)) void piece(int x0, int x1, uint32_t level, ddPaint* p) {
     if (p != run) {
       flush(x0);
       run = p;
