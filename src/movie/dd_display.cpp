@@ -108,6 +108,36 @@ void markGone(ddRectList* dirty, ddInstance* i) {
   }
 }
 
+// A clip off the stage is never drawn again, but Java may still hold its
+// handle and those of the clips below it: their records stay, while the
+// shapes they show, the bulk of their memory, go now. Masks inside the clip
+// are cleared first, as the shapes that made them are among those freed.
+void releaseShapes(ddClip* clip) {
+  ddDisplayList* list = clip->displayList;
+  for (ddInstance* i = list->head; i; i = i->next) ddInstance_setMask(i, nullptr);
+  for (ddInstance *i = list->head, *next; i; i = next) {
+    next = i->next;
+    if (ddClip* c = asClip(i)) {
+      releaseShapes(c);
+      continue;
+    }
+    if (i->prev)
+      i->prev->next = i->next;
+    else
+      list->head = i->next;
+    if (i->next)
+      i->next->prev = i->prev;
+    else
+      list->tail = i->prev;
+    i->destroy(i);
+  }
+  for (ddInstance *i = list->removed, *next; i; i = next) {
+    next = i->next;
+    i->destroy(i);
+  }
+  list->removed = nullptr;
+}
+
 void removeFromStage(ddMovie* movie, ddClip* parent, ddInstance* i) {
   if (ddClip* c = asClip(i)) forgetClip(c);
   markGone(movie->dirty, i);
@@ -398,6 +428,7 @@ void ddDisplayList_remove(ddDisplayList* list, ddMovie* movie, ddInstance* insta
   instance->next = instance->prev = nullptr;
   if (ddClip* clip = asClip(instance)) {
     clip->flags |= ddClipRemoved;
+    releaseShapes(clip);
     ddActiveNode* node = static_cast<ddActiveNode*>(ddCalloc(1, sizeof(ddActiveNode)));
     node->clip = clip;
     if (movie->removedTail)

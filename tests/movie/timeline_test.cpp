@@ -335,3 +335,48 @@ TEST_F(MovieTimelineTest, SpritesNestedWithoutEndStopAtTheNestingBound) {
 }
 
 }  // namespace
+
+TEST_F(MovieTimelineTest, ClipsOffTheStageKeepTheirRecordsButNotTheirShapes) {
+  // A sprite holding a masked shape and a sprite of its own comes and goes
+  // with every root frame, as a looping movie does for ever.
+  Bytes leaf = swf::concat({swf::placeNew(1, 1), swf::showFrame(), swf::end()});
+  swf::Place mask;
+  mask.depth = 1;
+  mask.id = 1;
+  mask.clipDepth = 5;
+  Bytes outer = swf::concat({swf::placeObject2(mask), swf::placeNew(2, 1), swf::placeNew(3, 11),
+                             swf::showFrame(), swf::end()});
+  Bytes body = swf::concat({squareShape(1), swf::defineSprite(11, 1, leaf),
+                            swf::defineSprite(10, 1, outer), swf::placeNew(4, 10), swf::showFrame(),
+                            swf::removeObject2(4), swf::showFrame(), swf::end()});
+  ddMovie* movie = open(swf::movie(body, frames(2)));
+  ddClip* root = movie->rootClip;
+  ddClip* first = clipAt(root, 4);
+  ASSERT_NE(first, nullptr);
+  ddClip* inner = clipAt(first, 3);
+  ASSERT_NE(inner, nullptr);
+  ddClip_moveFrame(movie, root, 1);
+  ddMovie_draw(movie, nullptr, nullptr);
+  // Handles Java may hold stay readable; only the clips remain below them.
+  EXPECT_TRUE(first->flags & ddClipRemoved);
+  EXPECT_STREQ(first->info->name, "instance4");
+  ASSERT_EQ(instances(first).size(), 1u);
+  EXPECT_EQ(instances(first)[0], &inner->head);
+  EXPECT_EQ(inner->head.mask, nullptr);
+  EXPECT_TRUE(instances(inner).empty());
+
+  // Memory grows by clip records only, not by everything they showed.
+  const size_t before = ddMemory_liveBytes();
+  ddClip_moveFrame(movie, root, 0);
+  ddMovie_draw(movie, nullptr, nullptr);
+  const size_t perCycleWithShapes = ddMemory_liveBytes() - before;
+  for (int i = 0; i < 200; ++i) {
+    ddClip_moveFrame(movie, root, 1);
+    ddMovie_draw(movie, nullptr, nullptr);
+    ddClip_moveFrame(movie, root, 0);
+    ddMovie_draw(movie, nullptr, nullptr);
+  }
+  const size_t grown = ddMemory_liveBytes() - before;
+  EXPECT_LT(grown, 200 * perCycleWithShapes) << "bytes per cycle: " << grown / 201;
+  ddClip_moveFrame(movie, first, 0);  // a removed clip can still be moved
+}
