@@ -47,6 +47,7 @@ struct ddEdge {
   uint16_t lineWidth;  // 0: no stroke
   uint8_t reversed;    // drawn bottom to top
   ddPaint *left, *right;
+  int64_t scanX;  // x at the bottom of the row last covered; INT64_MIN until then
 };
 
 // The edges between two group records of a shape.

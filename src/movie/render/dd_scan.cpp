@@ -103,7 +103,9 @@ void cover(ddEdge* e, const ddEdgeGroup* group, Row& row) {
   ddPaint* owner = rightSide ? rightSide : leftSide;
   const int64_t T = int64_t(row.y) << 10, B = int64_t(row.y + 1) << 10;
   const int64_t ya = std::max<int64_t>(T, e->y0), yb = std::min<int64_t>(B, e->y1);
-  const int64_t xt = xAt(e, ya), xbot = xAt(e, yb);
+  // The top of this row is the bottom of the last one.
+  const int64_t xt = e->scanX != INT64_MIN ? e->scanX : xAt(e, ya), xbot = xAt(e, yb);
+  e->scanX = xbot;
   e->curX = w32(xbot);
   if (yb <= ya) return;
   // Walk from left to right whatever the slope; y runs along with x.
@@ -136,8 +138,24 @@ void cover(ddEdge* e, const ddEdgeGroup* group, Row& row) {
   }
   // Cells on the way may lie far outside the draw: take them in one step.
   const int64_t dx = xr - xl, dyv = yr - yl;
-  auto yAtX = [&](int64_t X) { return yl + dyv * (X - xl) / dx; };
+  // y at X is yl + dyv * (X - xl) / dx, truncated. Along whole columns it is
+  // stepped rather than divided for: with m the height, m * (X - xl) =
+  // q * dx + r, kept for X = px.
+  const int64_t m = dyv < 0 ? -dyv : dyv;
   int64_t px = xl, py = yl;
+  int64_t q = 0, r = 0, stepQ = -1, stepR = 0;
+  auto yAtX = [&](int64_t X) {
+    if (X == px + 1024) {
+      if (stepQ < 0) stepQ = (m << 10) / dx, stepR = (m << 10) % dx;
+      q += stepQ;
+      r += stepR;
+      if (r >= dx) q++, r -= dx;
+    } else {
+      q = m * (X - xl) / dx;
+      r = m * (X - xl) % dx;
+    }
+    return yl + (dyv < 0 ? -q : q);
+  };
   if (c < row.xa - 1 && cLast >= row.xa) {
     int64_t X = int64_t(row.xa - 1) << 10;
     int64_t y = yAtX(X);
@@ -188,6 +206,7 @@ void activate(ddEdgeGroup* group, int y) {
   while (group->nextIndex < group->count && group->sorted[group->nextIndex]->y0 < rowBottom) {
     ddEdge* e = group->sorted[group->nextIndex++];
     if (e->y1 < rowTop) continue;
+    e->scanX = INT64_MIN;
     if (e->y0 <= rowTop) {
       e->curX = w32(e->xRowStart + (int64_t(y) - (e->y0 >> 10)) * e->dxdy);
       // Where the edge crosses the column boundary behind it, as on later rows.
