@@ -6,11 +6,16 @@ function(vostan_gtest name)
   cmake_parse_arguments(A "" "" "SOURCES;LIBS;ENV" ${ARGN})
   add_executable(${name} ${A_SOURCES})
   target_link_libraries(${name} PRIVATE ${A_LIBS} GTest::gtest GTest::gmock GTest::gtest_main)
+  # The environment goes through `env` in front of the executable: a list in
+  # the discovered tests' properties would lose all but its first entry.
+  if(A_ENV)
+    set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "env;${A_ENV}")
+  endif()
   gtest_discover_tests(${name}
     TEST_PREFIX "${VOSTAN_TEST_PREFIX}"
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 120
-    PROPERTIES ENVIRONMENT "${A_ENV}" TIMEOUT 600)
+    PROPERTIES TIMEOUT 600)
 endfunction()
 
 # vostan_java_test(<name> CLASS <main class> [ARGS ...] [ENV VAR=value ...])
