@@ -4,5 +4,5 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/env.sh"
 cmake -S "$ROOT" -B "$BUILD/main" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVOSTAN_TESTS=OFF -DVOSTAN_BENCH=OFF
-cmake --build "$BUILD/main" -j "$JOBS" --target vostan vostan_java mdjsong_demo
+cmake --build "$BUILD/main" -j "$JOBS" --target vostan vostan_java mdjsong_demo demo_movie
 exec "$ROOT/scripts/run-demo.sh" "$@"

@@ -5,12 +5,20 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/env.sh"
 LIB="$BUILD/main"
 CP="$LIB/java/vostan.jar"
-run() { "$JAVA_HOME/bin/java" -Djava.library.path="$LIB" -Dvostan.song="$LIB/songs/demo.ogg" -cp "$CP" vostan.demo.Demo "$@"; }
+FRAMES="$LIB/demo-frames"
+run() {
+  "$JAVA_HOME/bin/java" -Djava.library.path="$LIB" -Dvostan.song="$LIB/songs/demo.ogg" \
+    -Dvostan.movie="$LIB/movies/demo.swf" ${VOSTAN_FRAMES:+-Dvostan.frames="$VOSTAN_FRAMES"} \
+    -cp "$CP" vostan.demo.Demo "$@"
+}
 
 if [ -n "${DISPLAY:-}" ]; then
   run "$@"
   exit
 fi
+# Nobody watches a headless run: keep pictures of a few frames instead.
+mkdir -p "$FRAMES"
+export VOSTAN_FRAMES="$FRAMES"
 if ! command -v Xvfb >/dev/null; then
   echo "demo: no display and no Xvfb: running on SDL's offscreen driver"
   SDL_VIDEODRIVER=offscreen run "$@"
@@ -33,6 +41,7 @@ play_user() {
   [ -n "$win" ] || return 0
   sleep 1
   xdotool mousemove --window "$win" 100 100 sleep 0.3 mousemove --window "$win" 200 150 sleep 0.3
+  xdotool mousemove --window "$win" 144 130 click 1 sleep 0.3
   xdotool click 1 sleep 0.2 click 1 sleep 0.3
   xdotool mousedown 1 mousemove --window "$win" 260 200 mouseup 1 sleep 0.3
   xdotool click 4 sleep 0.2 click 5 sleep 0.3

@@ -1,36 +1,55 @@
 package vostan.demo;
 
+import java.io.File;
 import mirelo.app.win32.AudioManagerWin32;
 import mirelo.app.win32.WinConsole;
+import mirelo.mwt.event.ApplicationEvent;
 import mirelo.mwt.event.MouseEvent;
 
 /**
- * The engine's first light: opens the game window, pumps its events and prints them, the way a
- * game's main loop does once a frame. A mouse press plays a click panned to where it happened,
- * over the song the build synthesised (path in the system property vostan.song).
+ * The engine's demo: opens the game window and runs a game's main loop in it. Each frame it pumps
+ * the window's events and prints them, draws a rotating quad scene with the build's movie playing
+ * on a textured quad, and swaps. A mouse press plays a click panned to where it happened, over
+ * the song the build synthesised, and names the movie clip under the pointer.
+ *
+ * <p>System properties: vostan.song and vostan.movie (the build's files), vostan.frames (a folder
+ * that receives PNG pictures of a few frames).
  */
 public final class Demo {
+  private static final int WIDTH = 640;
+  private static final int HEIGHT = 480;
+
   private Demo() {}
 
   public static void main(String[] args) throws InterruptedException {
     final int seconds = args.length > 0 ? Integer.parseInt(args[0]) : 8;
+    final String framesDir = System.getProperty("vostan.frames");
     System.loadLibrary("vostan");
     WinConsole.n_init();
-    if (!WinConsole.n_createWindow("vostan demo", 640, 480, 1)) {
+    if (!WinConsole.n_createWindow("vostan demo", WIDTH, HEIGHT, 1)) {
       System.out.println("could not open the window");
       System.exit(1);
     }
     int size = WinConsole.n_getScreenSize();
     System.out.println("window " + WinConsole.n_getWindowHandle() + ", client area "
-        + (size >>> 16) + "x" + (size & 0xFFFF) + "; printing events for " + seconds + " s");
+        + (size >>> 16) + "x" + (size & 0xFFFF) + "; running for " + seconds + " s");
+
+    final boolean graphics = WinConsole.n_createGraphics(0);
+    System.out.println(graphics ? "graphics device ready" : "no graphics device: events only");
+    QuadScene scene = graphics ? new QuadScene() : null;
+    MovieQuad movie = graphics ? MovieQuad.open(System.getProperty("vostan.movie")) : null;
+    if (movie != null) System.out.println(movie.describe());
+
     AudioManagerWin32 audio = new AudioManagerWin32();
     if (!audio.init()) audio = null;
     System.out.println(audio == null ? "no sound device" : "sound device open");
     if (audio != null) ClickSound.init(audio);
     BackgroundSong song = null;
+
     final int start = WinConsole.n_getTimeMillis();
     int frames = 0;
     int events = 0;
+    int pictures = 0;
     boolean closed = false;
     while (!closed && WinConsole.n_getTimeMillis() - start < seconds * 1000) {
       WinConsole.n_update();
@@ -39,27 +58,52 @@ public final class Demo {
         int t = WinConsole.n_getTimeMillis() - start;
         System.out.printf("%6d ms  %s%n", t, e);
         events++;
-        // Sounds play only while the window is in front, so the song waits for activation.
-        if (song == null && e.toString().contains("id=2102")) {
-          song = BackgroundSong.start(System.getProperty("vostan.song"), audio);
-          System.out.println("         " + song.description + (song.playing() ? ", playing" : ""));
+        if (e instanceof ApplicationEvent) {
+          int id = ((ApplicationEvent) e).getID();
+          if (id == ApplicationEvent.CLOSE_REQUESTED) {
+            System.out.println("close requested: leaving");
+            closed = true;
+          }
+          // Sounds play only while the window is in front, so the song waits for activation.
+          if (id == ApplicationEvent.ACTIVATED && song == null) {
+            song = BackgroundSong.start(System.getProperty("vostan.song"), audio);
+            System.out.println("         " + song.description + (song.playing() ? ", playing" : ""));
+          }
         }
-        if (e instanceof MouseEvent && ((MouseEvent) e).getID() == MouseEvent.MOUSE_PRESSED
-            && audio != null) {
-          float x = ((MouseEvent) e).getX() / 640f;
-          System.out.printf("         click sound at pan %.2f: %s%n", x,
-              ClickSound.play(x) ? "playing" : "not played");
-        }
-        if (e.toString().contains("id=2101")) {
-          System.out.println("close requested: leaving");
-          closed = true;
+        if (e instanceof MouseEvent && ((MouseEvent) e).getID() == MouseEvent.MOUSE_PRESSED) {
+          MouseEvent m = (MouseEvent) e;
+          if (audio != null) {
+            float pan = m.getX() / (float) WIDTH;
+            System.out.printf("         click sound at pan %.2f: %s%n", pan,
+                ClickSound.play(pan) ? "playing" : "not played");
+          }
+          if (movie != null) {
+            String clip = movie.clipAt(m.getX(), m.getY());
+            if (clip != null) System.out.println("         clicked the movie's \"" + clip + "\"");
+          }
         }
       }
+      if (graphics && WinConsole.n_makeCurrent()) {
+        long now = WinConsole.n_getTimeMillis() - start;
+        scene.draw(WIDTH, HEIGHT, QuadScene.angleAt(now));
+        if (movie != null) movie.draw(now, WIDTH, HEIGHT);
+        // A few pictures spread over the run, for a run nobody watches.
+        if (framesDir != null && pictures < 3 && now >= (pictures + 1) * seconds * 250L) {
+          File png = new File(framesDir, "frame" + (pictures + 1) + ".png");
+          if (QuadScene.writeFramePng(png.getPath())) System.out.println("         wrote " + png);
+          pictures++;
+        }
+        WinConsole.n_swapBuffers();
+      }
       frames++;
-      Thread.sleep(16);
+      Thread.sleep(graphics ? 5 : 16);
     }
     System.out.println(frames + " frames, " + events + " events");
     if (song != null) song.stop();
+    if (graphics) {
+      WinConsole.n_free();
+      WinConsole.n_disposeGraphics();
+    }
     WinConsole.n_disposeDisplay();
   }
 }

@@ -1,0 +1,89 @@
+package vostan.demo;
+
+import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Paths;
+import mirelo.app.VecMovie;
+import mirelo.gfx.GLGraphics;
+
+/** The build's movie played into a texture and shown on a quad in the window's top left. */
+final class MovieQuad {
+  private static final int GL_TEXTURE_2D = 0x0DE1;
+  private static final int GL_RGBA = 0x1908;
+  private static final int GL_UNSIGNED_BYTE = 0x1401;
+  private static final int GL_QUADS = 7;
+  private static final int GL_BLEND = 0x0BE2;
+  private static final int GL_DEPTH_TEST = 0x0B71;
+  static final int SIZE = 256;
+  static final int LEFT = 16;
+  static final int TOP = 16;
+
+  final VecMovie movie;
+  private final int texture;
+  private final long root;
+  private final float[] matrix = new float[16];
+  private int shown = -1;
+
+  private MovieQuad(VecMovie movie) {
+    this.movie = movie;
+    root = movie.rootClip();
+    texture = GLGraphics.n_mglCreateTexture();
+    GLGraphics.n_mglTexImage2D(texture, GL_TEXTURE_2D, 0, GL_RGBA, SIZE, SIZE, 0, GL_RGBA,
+        GL_UNSIGNED_BYTE, null);
+  }
+
+  /** Null when there is no movie at the path or it does not open. */
+  static MovieQuad open(String path) {
+    if (path == null) return null;
+    try {
+      return new MovieQuad(new VecMovie(Files.readAllBytes(Paths.get(path)), SIZE, SIZE));
+    } catch (IOException | RuntimeException e) {
+      System.out.println("no movie: " + e.getMessage());
+      return null;
+    }
+  }
+
+  String describe() {
+    return String.format("movie: %d frames at %.0f per second, drawn at %dx%d", movie.frameCount(),
+        movie.frameRate(), SIZE, SIZE);
+  }
+
+  /** Steps the movie to where `millis` of play time has brought it, then draws it. */
+  void draw(long millis, int width, int height) {
+    int frame = (int) (millis * movie.frameRate() / 1000) % movie.frameCount();
+    if (frame != shown) {
+      movie.moveClipFrame(root, frame);
+      shown = frame;
+    }
+    GLGraphics.n_mglBindTexture(texture);
+    movie.drawToTexture(0, 0);
+
+    // Pixel coordinates to clip space, y down.
+    java.util.Arrays.fill(matrix, 0.0f);
+    matrix[0] = 2.0f / width;
+    matrix[5] = -2.0f / height;
+    matrix[10] = 1.0f;
+    matrix[12] = -1.0f;
+    matrix[13] = 1.0f;
+    matrix[15] = 1.0f;
+    GLGraphics.n_mglSetMatrix(0, matrix);
+    GLGraphics.n_mglSetEnable(GL_BLEND, false);
+    GLGraphics.n_mglSetEnable(GL_DEPTH_TEST, false);
+    GLGraphics.n_mglColor4f(1, 1, 1, 1);
+    GLGraphics.n_mglBegin(GL_QUADS);
+    GLGraphics.n_mglT2fV2f(0, 0, LEFT, TOP);
+    GLGraphics.n_mglT2fV2f(1, 0, LEFT + SIZE, TOP);
+    GLGraphics.n_mglT2fV2f(1, 1, LEFT + SIZE, TOP + SIZE);
+    GLGraphics.n_mglT2fV2f(0, 1, LEFT, TOP + SIZE);
+    GLGraphics.n_mglEnd();
+    GLGraphics.n_mglBindTexture(0);
+    GLGraphics.n_mglSetEnable(GL_DEPTH_TEST, true);
+  }
+
+  /** The name of the clip under a window point, or null. */
+  String clipAt(int x, int y) {
+    if (x < LEFT || y < TOP || x >= LEFT + SIZE || y >= TOP + SIZE) return null;
+    long clip = movie.hitClip(x - LEFT, y - TOP);
+    return clip == 0 ? null : movie.clipName(clip);
+  }
+}
