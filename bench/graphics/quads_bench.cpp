@@ -12,6 +12,7 @@
 
 #include "graphics/d3d_graphics.h"
 #include "plain_quads.h"
+#include "platform/sdl/sdl_window_system.h"
 
 namespace {
 
@@ -21,12 +22,7 @@ struct Window {
 
   Window() {
     SDL_InitSubSystem(SDL_INIT_VIDEO);
-    SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
-    SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
-    SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);
-    SDL_GL_SetAttribute(SDL_GL_DEPTH_SIZE, 24);
-    SDL_GL_SetAttribute(SDL_GL_STENCIL_SIZE, 8);
-    SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
+    vostan::platform::requestGlContext();
     window = SDL_CreateWindow("quads", 0, 0, 320, 240, SDL_WINDOW_OPENGL | SDL_WINDOW_HIDDEN);
     vostan::D3DGraphics::clientHeightSource = [] { return 240; };
     graphics = std::make_unique<vostan::D3DGraphics>();

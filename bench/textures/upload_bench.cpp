@@ -13,6 +13,7 @@
 
 #include "graphics/pixelsample/sample_select.h"
 #include "graphics/texture_store.h"
+#include "platform/sdl/sdl_window_system.h"
 
 namespace {
 
@@ -22,9 +23,7 @@ struct Window {
 
   Window() {
     SDL_InitSubSystem(SDL_INIT_VIDEO);
-    SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
-    SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
-    SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);
+    vostan::platform::requestGlContext();
     window = SDL_CreateWindow("upload", 0, 0, 64, 64, SDL_WINDOW_OPENGL | SDL_WINDOW_HIDDEN);
     vostan::D3DGraphics::clientHeightSource = [] { return 64; };
     graphics = std::make_unique<vostan::D3DGraphics>();

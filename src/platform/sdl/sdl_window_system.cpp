@@ -11,6 +11,15 @@
 
 namespace vostan::platform {
 
+void requestGlContext() {
+  SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
+  SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
+  SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);
+  SDL_GL_SetAttribute(SDL_GL_DEPTH_SIZE, 24);
+  SDL_GL_SetAttribute(SDL_GL_STENCIL_SIZE, 8);
+  SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
+}
+
 namespace {
 
 // Virtual keys by SDL scan code, for the keys whose code does not depend on
@@ -178,12 +187,7 @@ WindowHandle SdlWindowSystem::createWindow(uint32_t exStyle, const char* classNa
                                            const char* title, uint32_t style, int x, int y,
                                            int width, int height) {
   if (!ensureVideo() || !classes_.count(className)) return 0;
-  SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 3);
-  SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 3);
-  SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_CORE);
-  SDL_GL_SetAttribute(SDL_GL_DEPTH_SIZE, 24);
-  SDL_GL_SetAttribute(SDL_GL_STENCIL_SIZE, 8);
-  SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
+  requestGlContext();
   uint32_t flags = SDL_WINDOW_OPENGL;
   if (!(style & win::WS_VISIBLE)) flags |= SDL_WINDOW_HIDDEN;
   if (style & win::WS_THICKFRAME) flags |= SDL_WINDOW_RESIZABLE;

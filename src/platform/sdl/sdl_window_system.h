@@ -13,6 +13,11 @@
 
 namespace vostan::platform {
 
+// What the graphics device needs of a window's OpenGL context (3.3 core,
+// 24-bit depth with 8-bit stencil, double buffered); call before a window is
+// made.
+void requestGlContext();
+
 class SdlWindowSystem : public WindowSystem {
  public:
   SdlWindowSystem();
