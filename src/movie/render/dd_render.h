@@ -5,10 +5,12 @@
 // object goes in first and everything after it goes under what is there.
 // Edges are flattened and transformed to device space once and kept until the
 // matrix changes. Scan conversion is exact-area: every scanline accumulates
-// the signed area of its edges per cell and sums it along the row; the shared
-// coverage row then holds each cell's level, 0 to 255, in bits 12 to 19, and
-// the paint of the edge nearest on the left draws the cell, so neighbouring
-// fills never blend.
+// the signed area of its edges per cell and sums it along the row, only over
+// the cells edges touched and in one step over the spans between them. Each
+// cell's level is 0 to 255, and the paint of the edge nearest on the left
+// draws the cell, so neighbouring fills never blend. Solid paints go straight
+// under the target; the others read the level from bits 12 to 19 of the
+// shared coverage row.
 //
 // The rows are shared by every render in the process: one draw at a time.
 #pragma once
