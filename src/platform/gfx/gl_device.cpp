@@ -683,12 +683,7 @@ HRESULT GLDevice::setRenderTarget(uint32_t index, Surface* target) {
   releaseAndNull(target_);
   target_ = target;
   targetChanged_ = true;
-  // A new target starts with the viewport and the scissor over all of it.
-  SurfaceDesc d;
-  target->getDesc(d);
-  StateDevice::setViewport(Viewport{0, 0, d.width, d.height, 0.0f, 1.0f});
-  StateDevice::setScissorRect(
-      Rect{0, 0, static_cast<int32_t>(d.width), static_cast<int32_t>(d.height)});
+  coverTarget(target);
   return OK;
 }
 

@@ -256,12 +256,7 @@ HRESULT RecordingDevice::setRenderTarget(uint32_t index, Surface* target) {
   target->addRef();
   releaseAndNull(renderTarget_);
   renderTarget_ = target;
-  SurfaceDesc d;
-  target->getDesc(d);
-  // A new target starts with the viewport and the scissor over all of it.
-  StateDevice::setViewport(Viewport{0, 0, d.width, d.height, 0.0f, 1.0f});
-  StateDevice::setScissorRect(
-      Rect{0, 0, static_cast<int32_t>(d.width), static_cast<int32_t>(d.height)});
+  coverTarget(target);
   return OK;
 }
 

@@ -273,4 +273,12 @@ HRESULT StateDevice::setIndices(IndexBuffer* buffer) {
   return OK;
 }
 
+void StateDevice::coverTarget(Surface* target) {
+  SurfaceDesc d;
+  target->getDesc(d);
+  StateDevice::setViewport(Viewport{0, 0, d.width, d.height, 0.0f, 1.0f});
+  StateDevice::setScissorRect(
+      Rect{0, 0, static_cast<int32_t>(d.width), static_cast<int32_t>(d.height)});
+}
+
 }  // namespace vostan::gfx

@@ -77,6 +77,8 @@ class StateDevice : public Device {
   static const VertexElement* elementsOf(const VertexDeclaration* declaration);
 
  protected:
+  // A new render target starts with the viewport and the scissor over all of it.
+  void coverTarget(Surface* target);
   // The state of a new or reset device, with a viewport over the whole target.
   void setDefaultState(uint32_t width, uint32_t height, bool autoDepth);
   void applyState(const DeviceState& from);
