@@ -105,13 +105,6 @@ swf::Bytes squareShape(int id, int type, int size) {
   swf::Writer body;
   body.rect(0, size, 0, size);
   body.raw(swf::shapeStyles(type, {{255, 0, 0}}, {}));
-  body.bits(1, 4);
-  body.bits(0, 4);
-  body.styleChange(1, 0, std::make_pair(0, 0), std::nullopt, 1u, std::nullopt);
-  body.lineEdge(size, 0);
-  body.lineEdge(0, size);
-  body.lineEdge(-size, 0);
-  body.lineEdge(0, -size);
-  body.endShape();
+  body.rectangleRecords(size, size);
   return swf::defineShape(type, id, body);
 }

@@ -126,14 +126,7 @@ Bytes bitmapSquare(int shapeId, int bitmapId) {
   body.u16(uint32_t(bitmapId));
   body.matrix(swf::Matrix{std::make_pair(20 << 16, 20 << 16), std::nullopt, 0, 0});
   body.u8(0);  // no lines
-  body.bits(1, 4);
-  body.bits(0, 4);
-  body.styleChange(1, 0, std::make_pair(0, 0), std::nullopt, 1u, std::nullopt);
-  body.lineEdge(640, 0);
-  body.lineEdge(0, 640);
-  body.lineEdge(-640, 0);
-  body.lineEdge(0, -640);
-  body.endShape();
+  body.rectangleRecords(640, 640);
   return swf::concat({swf::defineShape(2, shapeId, body), swf::placeNew(1, shapeId)});
 }
 

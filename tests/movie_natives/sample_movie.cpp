@@ -37,15 +37,7 @@ swf::Bytes bitmap(int id) {
 }
 
 void rectOutline(swf::Writer& body, int width, int height) {
-  int w = width * kTwips, h = height * kTwips;
-  body.bits(1, 4);
-  body.bits(0, 4);
-  body.styleChange(1, 0, std::make_pair(0, 0), std::nullopt, 1u, std::nullopt);
-  body.lineEdge(w, 0);
-  body.lineEdge(0, h);
-  body.lineEdge(-w, 0);
-  body.lineEdge(0, -h);
-  body.endShape();
+  body.rectangleRecords(width * kTwips, height * kTwips);
 }
 
 // A square of `size` pixels filled with bitmap `bitmapId`, tiled every 20 px.

@@ -126,14 +126,7 @@ TEST(CorpusCompare, RendersTheAdvancedFrameOverTheBackground) {
   swf::Writer body;
   body.rect(0, 400, 0, 400);
   body.raw(swf::shapeStyles(2, {{255, 0, 0}}, {}));
-  body.bits(1, 4);
-  body.bits(0, 4);
-  body.styleChange(1, 0, std::make_pair(0, 0), std::nullopt, 1u, std::nullopt);
-  body.lineEdge(400, 0);
-  body.lineEdge(0, 400);
-  body.lineEdge(-400, 0);
-  body.lineEdge(0, -400);
-  body.endShape();
+  body.rectangleRecords(400, 400);
   swf::Bytes file = swf::movie(
       swf::concat({swf::setBackground(0, 0, 255), swf::defineShape(2, 1, body), swf::placeNew(1, 1),
                    swf::showFrame(), swf::removeObject2(1), swf::showFrame(), swf::end()}),

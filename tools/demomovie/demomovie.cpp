@@ -39,14 +39,7 @@ swf::Bytes sky(int id) {
   w.u8(255);
   w.rgb(250, 150, 90);
   w.u8(0);  // no lines
-  w.bits(1, 4);
-  w.bits(0, 4);
-  w.styleChange(1, 0, std::make_pair(0, 0), std::nullopt, 1u, std::nullopt);
-  w.lineEdge(kSize, 0);
-  w.lineEdge(0, kSize);
-  w.lineEdge(-kSize, 0);
-  w.lineEdge(0, -kSize);
-  w.endShape();
+  w.rectangleRecords(kSize, kSize);
   return swf::defineShape(22, id, w);
 }
 

@@ -171,6 +171,17 @@ void Writer::curveEdge(int32_t cdx, int32_t cdy, int32_t adx, int32_t ady) {
   sbits(ady, n);
 }
 
+void Writer::rectangleRecords(int32_t width, int32_t height) {
+  bits(1, 4);
+  bits(0, 4);
+  styleChange(1, 0, std::make_pair(0, 0), std::nullopt, 1u, std::nullopt);
+  lineEdge(width, 0);
+  lineEdge(0, height);
+  lineEdge(-width, 0);
+  lineEdge(0, -height);
+  endShape();
+}
+
 void Writer::endShape() {
   bits(0, 6);
   align();

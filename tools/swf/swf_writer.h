@@ -51,6 +51,10 @@ class Writer {
   void lineEdge(int32_t dx, int32_t dy);
   void curveEdge(int32_t cdx, int32_t cdy, int32_t adx, int32_t ady);
   void endShape();
+  // The field widths, then a width by height rectangle from the origin filled
+  // on its fill1 side by the first fill style, then the end: a whole shape's
+  // records for one fill and no lines.
+  void rectangleRecords(int32_t width, int32_t height);
 
  private:
   int bitPos_ = 0;  // bits used in the last byte, 0 when aligned
