@@ -149,4 +149,19 @@ TEST(Mask, ShapeIsDrawnOnlyInsideItsMask) {
       EXPECT_EQ(c.at(x, y), inside ? rgba(0, 255, 0, 255) : 0u) << x << "," << y;
     }
   for (int i = 0; i < ddRowWidth; i++) ASSERT_EQ(ddRender_maskRow()[i], 0);
+
+  // The mask takes the raw cell, not its coverage: a mask edge a quarter into
+  // a pixel, or three quarters, lets the shape through whole.
+  for (double left : {2.25, 2.75}) {
+    Drawn partial(rectShape(left, 1, 5, 3, rgba(0, 0, 0, 255)));
+    ddRender_update(partial.render, nullptr, &m);
+    shape.render->mask = partial.render;
+    Canvas d(8, 4);
+    drawShape(shape.render, d);
+    EXPECT_EQ(d.at(2, 2), rgba(0, 255, 0, 255)) << left;
+    EXPECT_EQ(d.at(3, 2), rgba(0, 255, 0, 255)) << left;
+    EXPECT_EQ(d.at(1, 2), 0u) << left;
+    EXPECT_EQ(d.at(5, 2), 0u) << left;
+    shape.render->mask = nullptr;
+  }
 }

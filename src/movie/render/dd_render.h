@@ -5,12 +5,12 @@
 // object goes in first and everything after it goes under what is there.
 // Edges are flattened and transformed to device space once and kept until the
 // matrix changes. Scan conversion is exact-area: every scanline accumulates
-// the signed area of its edges per cell and sums it along the row, only over
-// the cells edges touched and in one step over the spans between them. Each
-// cell's level is 0 to 255, and the paint of the edge nearest on the left
-// draws the cell, so neighbouring fills never blend. Solid paints go straight
-// under the target; the others read the level from bits 12 to 19 of the
-// shared coverage row.
+// 20-bit coverage per cell in one shared row, through the cells edges cross
+// and full spans between neighbouring edges, and the fills read bits 12 to 19
+// of a cell, so a span over a partly covered edge cell wraps back to the
+// partial value. Every paint adds into the same row: where two fills meet in
+// a cell, the first paint of the row's list draws their sum and the other
+// finds nothing, so neighbouring fills never blend.
 //
 // The rows are shared by every render in the process: one draw at a time.
 #pragma once
@@ -33,7 +33,7 @@ struct ddPaint {
   ddMatrix fillMatrix;
   ddMatrix inverse;    // target pixels to fill space
   uint32_t* coverage;  // the shared coverage row
-  int32_t minX, maxX;  // cells touched on this scanline, maxX exclusive; -1 when idle
+  int32_t minX, maxX;  // cells touched on this scanline, maxX exclusive; maxX -1 when idle
   ddPaint* nextInRow;  // paints of the current scanline
   uint8_t inRow;
 };
@@ -49,7 +49,6 @@ struct ddEdge {
   uint16_t lineWidth;  // 0: no stroke
   uint8_t reversed;    // drawn bottom to top
   ddPaint *left, *right;
-  int64_t scanX;  // x at the bottom of the row last covered; INT64_MIN until then
 };
 
 // The edges between two group records of a shape.
