@@ -392,6 +392,15 @@ TEST(Limits, SharedRowsAreZeroAfterShapesThatLeaveTheSurface) {
     ASSERT_EQ(ddRender_pixelRow()[i], 0u) << i;
   }
   EXPECT_EQ(alphaOf(c.at(10, 2)), 255);
+
+  // Spans run from every edge to the next, so one runs across the gap between
+  // the squares, past the cells its paint's edges touched: nobody reads those
+  // cells, and they are cleared all the same.
+  Shape apart(rectsShape({{1, 1, 3, 5, 0, 1}, {6, 1, 8, 5, 2}},
+                         {rgba(255, 0, 0, 255), rgba(0, 0, 255, 255), rgba(0, 255, 0, 255)}));
+  Canvas d(10, 6);
+  drawShape(apart.render, d);
+  for (int i = 0; i < ddRowWidth; i++) ASSERT_EQ(ddRender_coverageRow()[i], 0u) << i;
 }
 
 }  // namespace

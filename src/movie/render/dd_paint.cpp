@@ -1,7 +1,10 @@
 // Paints over a row of coverage: solid colours, gradients through their stop
 // cursor and a table square root, and smoothed bitmaps, each with a branch for
 // the identity colour transform.
+#include <emmintrin.h>
+
 #include <algorithm>
+#include <cstring>
 
 #include "movie/render/dd_render.h"
 
@@ -11,11 +14,17 @@ inline uint32_t level(uint32_t cell) {
   return ddCoverage_level(cell);
 }
 
+// ddColor_scale for s up to 255, two channels per multiply.
+inline ddColor scaleWord(ddColor c, uint32_t s) {
+  return ((((c & 0x00FF00FFu) * s) >> 8) & 0x00FF00FFu) |
+         (((c >> 8) & 0x00FF00FFu) * s & 0xFF00FF00u);
+}
+
 inline void merge(ddColor* p, uint32_t c, ddColor colour) {
   if (c == 255)
     *p = colour;
   else if (c)
-    *p += ddColor_scale(colour, c);
+    *p += scaleWord(colour, c);
 }
 
 struct Walk {
@@ -51,18 +60,40 @@ inline int32_t floorMod(int64_t a, int64_t m) {
   return int32_t(r < 0 ? r + m : r);
 }
 
+inline void solidCell(ddColor* p, uint32_t c, ddColor colour) {
+  if (c == 255) {
+    *p = colour;
+  } else if (c) {
+    uint32_t a = *p >> 24;
+    uint32_t s = a + c > 255 ? 255 - a : c;
+    if (s) *p += scaleWord(colour, s);
+  }
+}
+
+// Reads and clears the cells four at a time: runs of whole cells are stored
+// as they are and empty ones skipped, the rest go cell by cell.
 void fillSolid(ddPaint* paint, ddColor* row, const ddCxform& cxform) {
   const ddColor colour = ddColor_premultiply(ddCxform_apply(cxform, paint->data.color));
-  const uint32_t* cells = paint->coverage;
-  for (int x = paint->minX; x < paint->maxX; x++) {
-    uint32_t c = level(cells[x]);
-    if (c == 255) {
-      row[x] = colour;
-    } else if (c) {
-      uint32_t a = row[x] >> 24;
-      uint32_t s = a + c > 255 ? 255 - a : c;
-      if (s) row[x] += ddColor_scale(colour, s);
+  uint32_t* cells = paint->coverage;
+  const __m128i byte = _mm_set1_epi32(255), zero = _mm_setzero_si128();
+  const __m128i fill = _mm_set1_epi32(int(colour));
+  int x = paint->minX;
+  for (; x + 4 <= paint->maxX; x += 4) {
+    __m128i* at = reinterpret_cast<__m128i*>(cells + x);
+    const __m128i c = _mm_and_si128(_mm_srli_epi32(_mm_loadu_si128(at), 12), byte);
+    _mm_storeu_si128(at, zero);
+    if (_mm_movemask_epi8(_mm_cmpeq_epi32(c, byte)) == 0xFFFF) {
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(row + x), fill);
+      continue;
     }
+    if (_mm_movemask_epi8(_mm_cmpeq_epi32(c, zero)) == 0xFFFF) continue;
+    alignas(16) uint32_t level[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(level), c);
+    for (int i = 0; i < 4; i++) solidCell(row + x + i, level[i], colour);
+  }
+  for (; x < paint->maxX; x++) {
+    solidCell(row + x, level(cells[x]), colour);
+    cells[x] = 0;
   }
 }
 
@@ -171,7 +202,7 @@ void ddPaint_fillRow(ddPaint* paint, int y, ddColor* row, const ddCxform& cxform
   switch (paint->kind) {
     case ddFillSolid:
       fillSolid(paint, row, cxform);
-      break;
+      return;
     case ddFillRadial:
     case ddFillLinear:
       fillGradient(paint, y, row, cxform);
@@ -183,4 +214,6 @@ void ddPaint_fillRow(ddPaint* paint, int y, ddColor* row, const ddCxform& cxform
     default:
       break;
   }
+  if (paint->minX < paint->maxX)
+    std::memset(paint->coverage + paint->minX, 0, size_t(paint->maxX - paint->minX) * 4);
 }

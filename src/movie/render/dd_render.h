@@ -121,7 +121,8 @@ inline uint32_t ddCoverage_level(uint32_t cell) {
   return (cell >> 12) & 255;
 }
 
-// Fills a paint's cells [minX, maxX) of row y into the pixel row.
+// Fills a paint's cells [minX, maxX) of row y into the pixel row, and leaves
+// those cells zero.
 void ddPaint_fillRow(ddPaint* paint, int y, ddColor* row, const ddCxform& cxform);
 void ddPaint_updateInverse(ddPaint* paint, const ddMatrix& matrix);
 

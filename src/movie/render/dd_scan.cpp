@@ -28,10 +28,17 @@ inline int64_t g(int64_t t) {
 
 struct Row {
   int y;
-  int xa, xb;            // pixel limits of this draw
-  ddPaint* list;         // paints of this row, last pushed first
-  int spanMin, spanMax;  // cells spans wrote, cleared with the paints' ranges
+  int xa, xb;     // pixel limits of this draw
+  ddPaint* list;  // paints of this row, last pushed first
 };
+
+// Spans of the current row. Their paint clears its own range when it fills;
+// what lies outside that range is cleared after all paints of the row.
+struct Span {
+  int from, to;
+  ddPaint* paint;
+};
+std::vector<Span> spans;
 
 // Cells hold coverage in units where a whole cell is ddFullCell; an add of
 // zero does nothing, and an add outside the draw only limits the range.
@@ -319,9 +326,14 @@ void coverRow(ddEdgeGroup* group, Row& row) {
     const int to = int(std::min<int64_t>(list[i + 1]->curX >> 10, row.xb));
     if (from >= to) continue;
     uint32_t* cells = p->coverage;
-    for (int c = from; c < to; c++) cells[c] += ddFullCell;
-    row.spanMin = std::min(row.spanMin, from);
-    row.spanMax = std::max(row.spanMax, to);
+    const __m128i whole = _mm_set1_epi32(int(ddFullCell));
+    int c = from;
+    for (; c + 4 <= to; c += 4) {
+      __m128i* at = reinterpret_cast<__m128i*>(cells + c);
+      _mm_storeu_si128(at, _mm_add_epi32(_mm_loadu_si128(at), whole));
+    }
+    for (; c < to; c++) cells[c] += ddFullCell;
+    spans.push_back({from, to, p});
   }
 }
 
@@ -332,11 +344,29 @@ void resetPaint(ddPaint* p, int width) {
   p->nextInRow = nullptr;
 }
 
-// Span cells outside every paint's range were read by nobody; the row is left
-// zero for the next one all the same.
-void clearSpans(const Row& row) {
-  if (row.spanMin < row.spanMax)
-    std::memset(coverageRow + row.spanMin, 0, size_t(row.spanMax - row.spanMin) * 4);
+// Span cells that their paint's range did not take, once every paint has
+// filled and before the ranges are reset. Another paint's range may have
+// taken them, but they are left zero for the next row all the same.
+void clearSpans() {
+  for (const Span& s : spans) {
+    const int lo = s.paint->minX, hi = s.paint->maxX;
+    if (lo >= hi || lo >= s.to || hi <= s.from) {
+      std::memset(coverageRow + s.from, 0, size_t(s.to - s.from) * 4);
+      continue;
+    }
+    if (s.from < lo) std::memset(coverageRow + s.from, 0, size_t(lo - s.from) * 4);
+    if (s.to > hi) std::memset(coverageRow + hi, 0, size_t(s.to - hi) * 4);
+  }
+  spans.clear();
+}
+
+// After the row: every paint of the list back to idle.
+void resetPaints(ddPaint* list, int width) {
+  for (ddPaint* p = list; p;) {
+    ddPaint* next = p->nextInRow;
+    resetPaint(p, width);
+    p = next;
+  }
 }
 
 // ddColor_scale for s up to 255, two channels per multiply.
@@ -352,16 +382,23 @@ inline void under(ddColor* t, ddColor src) {
   *t = d < 0x01000000u ? src : scaleWord(src, 255 - (d >> 24)) + d;
 }
 
-// Four row pixels under four target pixels, as `under` does one by one.
+// Four row pixels under four target pixels, as `under` does one by one; the
+// row pixels are cleared.
 inline void under4(ddColor* t, ddColor* s) {
   const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(t));
   const __m128i src = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
   const __m128i zero = _mm_setzero_si128();
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(s), zero);
   const __m128i alpha = _mm_srli_epi32(d, 24);
   const __m128i srcEmpty = _mm_cmpeq_epi32(_mm_srli_epi32(src, 24), zero);
   const __m128i keep = _mm_or_si128(_mm_cmpeq_epi32(alpha, _mm_set1_epi32(255)), srcEmpty);
   if (_mm_movemask_epi8(keep) == 0xFFFF) return;
   const __m128i empty = _mm_cmpeq_epi32(alpha, zero);
+  if (_mm_movemask_epi8(_mm_or_si128(empty, keep)) == 0xFFFF) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(t),
+                     _mm_or_si128(_mm_and_si128(keep, d), _mm_andnot_si128(keep, src)));
+    return;
+  }
   // Each channel of the source times 255 - alpha, shifted down by 8, then
   // added to the target as a whole word.
   const __m128i s32 = _mm_sub_epi32(_mm_set1_epi32(255), alpha);
@@ -380,8 +417,10 @@ inline void under4(ddColor* t, ddColor* s) {
 void composite(ddColor* target, int lo, int hi) {
   int x = lo;
   for (; x + 4 <= hi; x += 4) under4(target + x, pixelRow + x);
-  for (; x < hi; x++) under(target + x, pixelRow[x]);
-  std::memset(pixelRow + lo, 0, size_t(hi - lo) * 4);
+  for (; x < hi; x++) {
+    under(target + x, pixelRow[x]);
+    pixelRow[x] = 0;
+  }
 }
 
 }  // namespace
@@ -401,14 +440,13 @@ void ddEdgeGroup_scanRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd
   if (!group) return;
   // Later groups are nearer the front.
   if (group->next) ddEdgeGroup_scanRow(group->next, y, xStart, xEnd, surface, maskRow, cxform);
-  Row row{y, xStart >> 10, int(((int64_t(xEnd) - 1) >> 10) + 1), nullptr, ddRowWidth, 0};
+  Row row{y, xStart >> 10, int(((int64_t(xEnd) - 1) >> 10) + 1), nullptr};
   coverRow(group, row);
   int lo = ddRowWidth, hi = 0;
   const int width = surface->width;
   // Each paint fills its whole range from the shared cells, and clears them:
   // where two paints met in a cell, the first in the list draws their sum.
-  for (ddPaint* p = row.list; p;) {
-    ddPaint* next = p->nextInRow;
+  for (ddPaint* p = row.list; p; p = p->nextInRow) {
     if (p->minX < 0 || p->maxX > width) {
       std::fputs("bad fill bounds", stderr);
     } else if (p->minX < p->maxX) {
@@ -422,12 +460,10 @@ void ddEdgeGroup_scanRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd
       ddPaint_fillRow(p, y, pixelRow, cxform);
       lo = std::min(lo, p->minX);
       hi = std::max(hi, p->maxX);
-      std::memset(cells + p->minX, 0, size_t(p->maxX - p->minX) * 4);
     }
-    resetPaint(p, width);
-    p = next;
   }
-  clearSpans(row);
+  clearSpans();
+  resetPaints(row.list, width);
   if (lo < hi) composite(surface->pixels + size_t(y) * width, lo, hi);
 }
 
@@ -435,11 +471,10 @@ void ddEdgeGroup_maskRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd
                          ddSurface* surface, uint8_t* maskRow) {
   if (!group) return;
   if (group->next) ddEdgeGroup_maskRow(group->next, y, xStart, xEnd, surface, maskRow);
-  Row row{y, xStart >> 10, int(((int64_t(xEnd) - 1) >> 10) + 1), nullptr, ddRowWidth, 0};
+  Row row{y, xStart >> 10, int(((int64_t(xEnd) - 1) >> 10) + 1), nullptr};
   coverRow(group, row);
   const int width = surface->width;
-  for (ddPaint* p = row.list; p;) {
-    ddPaint* next = p->nextInRow;
+  for (ddPaint* p = row.list; p; p = p->nextInRow) {
     if (p->minX >= 0 && p->maxX <= width && p->minX < p->maxX) {
       // The raw cell, not its coverage level: masks are hard-edged.
       uint32_t* cells = p->coverage;
@@ -447,10 +482,9 @@ void ddEdgeGroup_maskRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd
         maskRow[x] = uint8_t(std::min<uint64_t>(255, uint64_t(maskRow[x]) + cells[x]));
       std::memset(cells + p->minX, 0, size_t(p->maxX - p->minX) * 4);
     }
-    resetPaint(p, width);
-    p = next;
   }
-  clearSpans(row);
+  clearSpans();
+  resetPaints(row.list, width);
 }
 
 void ddEdgeGroup_reset(ddEdgeGroup* group) {
