@@ -255,6 +255,36 @@ TEST(Compositing, SpansGoUnderMixedTargetsAsPixelByPixel) {
   }
 }
 
+// Solid paints whose ranges do not meet go straight under the target; under
+// a mask every paint fills the pixel row first. A mask over everything must
+// not change a pixel.
+TEST(Compositing, StraightUnderTheTargetAsThroughThePixelRow) {
+  std::mt19937 rng(3);
+  std::uniform_real_distribution<double> d(-2, 42);
+  for (int round = 0; round < 40; round++) {
+    std::vector<Pt> poly;
+    for (int i = 0; i < 3 + round % 6; i++) {
+      double ang = i * 2 * M_PI / (3 + round % 6), r = 4 + std::fmod(d(rng), 16);
+      poly.push_back({20 + r * std::cos(ang), 12 + r * std::sin(ang)});
+    }
+    const ddColor colour = rgba(int(rng() % 256), 90, 200, round % 2 ? 255 : int(rng() % 256));
+    Canvas plain(40, 24), masked(40, 24);
+    for (int i = 0; i < 40 * 24; i++) {
+      const int a = int(rng() % 3) * 127;
+      plain.surface->pixels[i] = masked.surface->pixels[i] = rgba(a / 2, a / 3, a, a);
+    }
+    Shape s(polygonShape({poly}, colour)), all(rectShape(-1, -1, 41, 25, white));
+    drawShape(s.render, plain);
+    ddMatrix m = ddMatrixIdentity;
+    ddRender_update(all.render, nullptr, &m);
+    s.render->mask = all.render;
+    drawShape(s.render, masked);
+    s.render->mask = nullptr;
+    for (int i = 0; i < 40 * 24; i++)
+      ASSERT_EQ(plain.surface->pixels[i], masked.surface->pixels[i]) << round << " at " << i;
+  }
+}
+
 TEST(EdgeCache, MatrixCompareClassifiesChanges) {
   ddMatrix zero{};
   ddMatrix id = ddMatrixIdentity;

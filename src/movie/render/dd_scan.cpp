@@ -382,13 +382,21 @@ inline void under(ddColor* t, ddColor src) {
   *t = d < 0x01000000u ? src : scaleWord(src, 255 - (d >> 24)) + d;
 }
 
-// Four row pixels under four target pixels, as `under` does one by one; the
-// row pixels are cleared.
-inline void under4(ddColor* t, ddColor* s) {
-  const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(t));
-  const __m128i src = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+// ddColor_scale of four pixels, each by its own s of 0 to 255.
+inline __m128i scaleVec(__m128i colour, __m128i s32) {
   const __m128i zero = _mm_setzero_si128();
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(s), zero);
+  const __m128i s16 = _mm_packs_epi32(s32, s32);
+  const __m128i pairs = _mm_unpacklo_epi16(s16, s16);
+  const __m128i sLo = _mm_unpacklo_epi32(pairs, pairs), sHi = _mm_unpackhi_epi32(pairs, pairs);
+  const __m128i lo = _mm_srli_epi16(_mm_mullo_epi16(_mm_unpacklo_epi8(colour, zero), sLo), 8);
+  const __m128i hi = _mm_srli_epi16(_mm_mullo_epi16(_mm_unpackhi_epi8(colour, zero), sHi), 8);
+  return _mm_packus_epi16(lo, hi);
+}
+
+// Four source pixels under four target pixels, as `under` does one by one.
+inline void underVec(ddColor* t, __m128i src) {
+  const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(t));
+  const __m128i zero = _mm_setzero_si128();
   const __m128i alpha = _mm_srli_epi32(d, 24);
   const __m128i srcEmpty = _mm_cmpeq_epi32(_mm_srli_epi32(src, 24), zero);
   const __m128i keep = _mm_or_si128(_mm_cmpeq_epi32(alpha, _mm_set1_epi32(255)), srcEmpty);
@@ -399,18 +407,19 @@ inline void under4(ddColor* t, ddColor* s) {
                      _mm_or_si128(_mm_and_si128(keep, d), _mm_andnot_si128(keep, src)));
     return;
   }
-  // Each channel of the source times 255 - alpha, shifted down by 8, then
-  // added to the target as a whole word.
-  const __m128i s32 = _mm_sub_epi32(_mm_set1_epi32(255), alpha);
-  const __m128i s16 = _mm_packs_epi32(s32, s32);
-  const __m128i pairs = _mm_unpacklo_epi16(s16, s16);
-  const __m128i sLo = _mm_unpacklo_epi32(pairs, pairs), sHi = _mm_unpackhi_epi32(pairs, pairs);
-  const __m128i lo = _mm_srli_epi16(_mm_mullo_epi16(_mm_unpacklo_epi8(src, zero), sLo), 8);
-  const __m128i hi = _mm_srli_epi16(_mm_mullo_epi16(_mm_unpackhi_epi8(src, zero), sHi), 8);
-  __m128i out = _mm_add_epi32(_mm_packus_epi16(lo, hi), d);
+  // The source scaled by 255 - alpha, added to the target as a whole word.
+  __m128i out = _mm_add_epi32(scaleVec(src, _mm_sub_epi32(_mm_set1_epi32(255), alpha)), d);
   out = _mm_or_si128(_mm_and_si128(empty, src), _mm_andnot_si128(empty, out));
   out = _mm_or_si128(_mm_and_si128(keep, d), _mm_andnot_si128(keep, out));
   _mm_storeu_si128(reinterpret_cast<__m128i*>(t), out);
+}
+
+// Four row pixels under the target, the row pixels cleared.
+inline void under4(ddColor* t, ddColor* s) {
+  __m128i* at = reinterpret_cast<__m128i*>(s);
+  const __m128i src = _mm_loadu_si128(at);
+  _mm_storeu_si128(at, _mm_setzero_si128());
+  underVec(t, src);
 }
 
 // The pixel row under the target row over [lo, hi), then cleared.
@@ -421,6 +430,59 @@ void composite(ddColor* target, int lo, int hi) {
     under(target + x, pixelRow[x]);
     pixelRow[x] = 0;
   }
+}
+
+// A solid paint's range straight under the target: what filling it into an
+// empty pixel row and compositing that would give, when no other paint of
+// the row shares its cells. Its cells are cleared as they are read.
+void underSolid(ddPaint* p, ddColor* target, const ddCxform& cxform) {
+  const ddColor colour = ddColor_premultiply(ddCxform_apply(cxform, p->data.color));
+  uint32_t* cells = p->coverage;
+  const int end = p->maxX;
+  if (colour < 0x01000000u) {
+    std::memset(cells + p->minX, 0, size_t(end - p->minX) * 4);
+    return;
+  }
+  const __m128i byte = _mm_set1_epi32(255), zero = _mm_setzero_si128();
+  const __m128i fill = _mm_set1_epi32(int(colour));
+  auto one = [&](int x, uint32_t c) {
+    if (c) under(target + x, c == 255 ? colour : scaleWord(colour, c));
+  };
+  int x = p->minX;
+  for (; x + 4 <= end; x += 4) {
+    __m128i* at = reinterpret_cast<__m128i*>(cells + x);
+    const __m128i c = _mm_and_si128(_mm_srli_epi32(_mm_loadu_si128(at), 12), byte);
+    _mm_storeu_si128(at, zero);
+    if (_mm_movemask_epi8(_mm_cmpeq_epi32(c, byte)) == 0xFFFF) {
+      underVec(target + x, fill);
+      continue;
+    }
+    if (_mm_movemask_epi8(_mm_cmpeq_epi32(c, zero)) == 0xFFFF) continue;
+    // Whole cells take the colour itself; empty ones scale it to nothing.
+    const __m128i whole = _mm_cmpeq_epi32(c, byte);
+    const __m128i src =
+        _mm_or_si128(_mm_and_si128(whole, fill), _mm_andnot_si128(whole, scaleVec(fill, c)));
+    underVec(target + x, src);
+  }
+  for (; x < end; x++) {
+    one(x, ddCoverage_level(cells[x]));
+    cells[x] = 0;
+  }
+}
+
+// True when no two paints of the list have ranges that meet: each paint then
+// has its pixels to itself. Long lists are not looked at.
+bool rangesApart(const ddPaint* list) {
+  const ddPaint* seen[8];
+  int n = 0;
+  for (const ddPaint* p = list; p; p = p->nextInRow) {
+    if (p->minX >= p->maxX) continue;
+    if (n == 8) return false;
+    for (int i = 0; i < n; i++)
+      if (p->minX < seen[i]->maxX && seen[i]->minX < p->maxX) return false;
+    seen[n++] = p;
+  }
+  return true;
 }
 
 }  // namespace
@@ -444,11 +506,21 @@ void ddEdgeGroup_scanRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd
   coverRow(group, row);
   int lo = ddRowWidth, hi = 0;
   const int width = surface->width;
+  ddColor* target = surface->pixels + size_t(y) * width;
+  // Paints whose ranges are apart go under the target one by one.
+  const bool apart = !maskRow && rangesApart(row.list);
   // Each paint fills its whole range from the shared cells, and clears them:
   // where two paints met in a cell, the first in the list draws their sum.
   for (ddPaint* p = row.list; p; p = p->nextInRow) {
     if (p->minX < 0 || p->maxX > width) {
       std::fputs("bad fill bounds", stderr);
+    } else if (apart && p->minX < p->maxX) {
+      if (p->kind == ddFillSolid) {
+        underSolid(p, target, cxform);
+      } else {
+        ddPaint_fillRow(p, y, pixelRow, cxform);
+        composite(target, p->minX, p->maxX);
+      }
     } else if (p->minX < p->maxX) {
       uint32_t* cells = p->coverage;
       if (maskRow) {
@@ -464,7 +536,7 @@ void ddEdgeGroup_scanRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd
   }
   clearSpans();
   resetPaints(row.list, width);
-  if (lo < hi) composite(surface->pixels + size_t(y) * width, lo, hi);
+  if (lo < hi) composite(target, lo, hi);
 }
 
 void ddEdgeGroup_maskRow(ddEdgeGroup* group, int y, ddFixed xStart, ddFixed xEnd,
