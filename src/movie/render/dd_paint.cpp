@@ -7,17 +7,12 @@
 #include <cstring>
 
 #include "movie/render/dd_render.h"
+#include "movie/render/dd_simd.h"
 
 namespace {
 
 inline uint32_t level(uint32_t cell) {
   return ddCoverage_level(cell);
-}
-
-// ddColor_scale for s up to 255, two channels per multiply.
-inline ddColor scaleWord(ddColor c, uint32_t s) {
-  return ((((c & 0x00FF00FFu) * s) >> 8) & 0x00FF00FFu) |
-         (((c >> 8) & 0x00FF00FFu) * s & 0xFF00FF00u);
 }
 
 inline void merge(ddColor* p, uint32_t c, ddColor colour) {
@@ -70,8 +65,9 @@ inline void solidCell(ddColor* p, uint32_t c, ddColor colour) {
   }
 }
 
-// Reads and clears the cells four at a time: runs of whole cells are stored
-// as they are and empty ones skipped, the rest go cell by cell.
+// Reads and clears the cells four at a time. A cell that is not whole adds
+// the colour scaled by its coverage, or by what the pixel's alpha leaves if
+// that is less: min(c, 255 - a) is both cases of the one-cell rule.
 void fillSolid(ddPaint* paint, ddColor* row, const ddCxform& cxform) {
   const ddColor colour = ddColor_premultiply(ddCxform_apply(cxform, paint->data.color));
   uint32_t* cells = paint->coverage;
@@ -87,9 +83,13 @@ void fillSolid(ddPaint* paint, ddColor* row, const ddCxform& cxform) {
       continue;
     }
     if (_mm_movemask_epi8(_mm_cmpeq_epi32(c, zero)) == 0xFFFF) continue;
-    alignas(16) uint32_t level[4];
-    _mm_store_si128(reinterpret_cast<__m128i*>(level), c);
-    for (int i = 0; i < 4; i++) solidCell(row + x + i, level[i], colour);
+    __m128i* px = reinterpret_cast<__m128i*>(row + x);
+    const __m128i p = _mm_loadu_si128(px);
+    // Levels and alphas are below 256, so 16-bit minima serve.
+    const __m128i s = _mm_min_epi16(c, _mm_sub_epi32(byte, _mm_srli_epi32(p, 24)));
+    const __m128i whole = _mm_cmpeq_epi32(c, byte);
+    const __m128i added = _mm_add_epi32(p, scaleVec(fill, s));
+    _mm_storeu_si128(px, _mm_or_si128(_mm_and_si128(whole, fill), _mm_andnot_si128(whole, added)));
   }
   for (; x < paint->maxX; x++) {
     solidCell(row + x, level(cells[x]), colour);
