@@ -38,11 +38,9 @@ inline Decoded decodeStraight(const std::string& path) {
 // Holds the creator's reference and gives it back.
 struct SongRef {
   MDJSong* song = new MDJSong;
-  SongRef() = default;
-  explicit SongRef(const char* name) { open(name); }
+  explicit SongRef(const char* name) { song->openFile(songPath(name).c_str()); }
   SongRef(const SongRef&) = delete;
   ~SongRef() { song->release(); }
-  bool open(const char* name) { return song->openFile(songPath(name).c_str()); }
   MDJSong* operator->() const { return song; }
 };
 

@@ -1,126 +1,88 @@
+// Beats from the tempo map, and the crossfade motion driving the mixer.
 #include <gtest/gtest.h>
 
+#include "audio/mdj/mdj_mixer.h"
+#include "audio/mdj/mdj_motion.h"
 #include "audio/mdj/mdj_track.h"
 #include "songs.h"
 
 namespace vostan {
 namespace {
 
-using test::SongRef;
-
 constexpr int32_t kOneBeat = 1 << 16;
 
-TEST(MDJTrack, WithoutSongOrSectionsThereAreNoBeats) {
-  MDJTrack track;
-  EXPECT_FALSE(track.prefill());
-  EXPECT_FALSE(track.isPlaying());
-  EXPECT_EQ(track.getInfo(), nullptr);
-  EXPECT_EQ(track.currentTempo(), 0.0f);
-  EXPECT_EQ(track.beatPosition(1000), 0);
-  EXPECT_EQ(track.sectionAt(0), nullptr);
-
-  for (const char* name : {"plain.ogg", "degenerate.ogg"}) {
-    SongRef song(name);
-    track.setSong(song.song);
-    ASSERT_TRUE(track.prefill());
-    EXPECT_EQ(track.currentTempo(), 0.0f) << name;
-    EXPECT_EQ(track.beatPosition(1000), 0) << name;
-    EXPECT_EQ(track.sectionAt(0), nullptr) << name;
-  }
-}
-
-TEST(MDJTrack, SetSongMovesTheReference) {
-  SongRef a("plain.ogg"), b("tail_loop.ogg");
-  {
-    MDJTrack track;
-    track.setSong(a.song);
-    EXPECT_EQ(a->getRefCount(), 2);
-    track.setSong(a.song);
-    EXPECT_EQ(a->getRefCount(), 2);
-    track.setSong(b.song);
-    EXPECT_EQ(a->getRefCount(), 1);
-    EXPECT_EQ(b->getRefCount(), 2);
-    EXPECT_EQ(track.getSong(), b.song);
-  }
-  EXPECT_EQ(b->getRefCount(), 1);
-}
-
-TEST(MDJTrack, PrefillDecodesAWindowFromTheSongPosition) {
-  SongRef song("tail_loop.ogg");
-  test::Decoded ref = test::decodeStraight(test::songPath("tail_loop.ogg"));
-  MDJTrack track;
-  track.setSong(song.song);
-  track.readIndex = 500;
-  track.fraction = 0.25f;
-  song->seekFrame(12345);
-  ASSERT_TRUE(track.prefill());
-  EXPECT_TRUE(track.isPlaying());
-  EXPECT_EQ(track.readIndex, 0);
-  EXPECT_EQ(track.fraction, 0.0f);
-  EXPECT_EQ(track.endMark, -1);
-  EXPECT_EQ(song->getPosition(), 12345 + MDJTrack::kWindowFrames);
-  EXPECT_EQ(track.streamFrame(0), 12345);
-  for (int32_t i = 0; i < MDJTrack::kWindowFrames; i += 97) {
-    ASSERT_EQ(track.window[0][i], ref.left[12345 + i]) << i;
-    ASSERT_EQ(track.window[1][i], ref.right[12345 + i]) << i;
-  }
-  for (int32_t i = 1; i <= MDJTrack::kHistoryFrames; ++i) EXPECT_EQ(track.window[0][-i], 0.0f);
-  track.stop();
-  EXPECT_FALSE(track.isPlaying());
-  EXPECT_EQ(track.getSong(), song.song);
-}
-
-// sections.ogg: 90 beats per minute from frame 66150 (29400 frames a beat),
-// 120 before it (22050 a beat); it doesn't turn back within these windows.
-TEST(MDJTrack, BeatPositionsAroundSectionBoundaries) {
-  SongRef song("sections.ogg");
+// sections.ogg: 90 beats a minute from frame 66150 (29400 frames a beat), 120
+// before it (22050 a beat); it doesn't turn back within these windows.
+TEST(MDJTrack, BeatPositionsAndTempoAroundSectionBoundaries) {
+  test::SongRef song("sections.ogg");
   MDJTrack track;
   track.setSong(song.song);
   song->seekFrame(66150);
-  track.prefill();
-
+  ASSERT_TRUE(track.prefill());
   EXPECT_EQ(track.beatPosition(0), 0);
   EXPECT_EQ(track.sectionAt(0)->syncBeats, 8);
-  EXPECT_EQ(track.beatPosition(14700), kOneBeat / 2);
   EXPECT_EQ(track.beatPosition(29400), kOneBeat);
   EXPECT_EQ(track.beatPosition(29399), kOneBeat - 3);  // truncated, not rounded
   // One frame back is the end of the earlier section's third beat.
   EXPECT_EQ(track.sectionAt(-1)->syncBeats, 4);
   EXPECT_EQ(track.beatPosition(-1), int32_t(66149.0 / 22050.0 * 65536.0));
   EXPECT_EQ(wholeBeat(track.beatPosition(-1)), 2);
-  EXPECT_EQ(track.beatPosition(-66150 + 22050), kOneBeat);
-
-  // Before every section: the last record, counted backwards, and the whole
-  // beat of -0.5 is -1.
+  // Before every section: the last record, counted backwards; beat -0.5 is
+  // whole beat -1.
   song->seekFrame(0);
   track.prefill();
   EXPECT_EQ(track.beatPosition(-11025), -kOneBeat / 2);
   EXPECT_EQ(wholeBeat(track.beatPosition(-11025)), -1);
-  EXPECT_EQ(track.sectionAt(-11025)->syncBeats, 4);
-}
 
-TEST(MDJTrack, TempoIsTakenAtTheDecoderPosition) {
-  SongRef song("sections.ogg");
-  MDJTrack track;
-  track.setSong(song.song);
-  // What is heard is still in the 120 section; the decoder has reached 90.
+  // The tempo is the decoder's: what is heard is still at 120, decoding at 90.
   song->seekFrame(66150 - MDJTrack::kWindowFrames);
   track.prefill();
   EXPECT_EQ(track.sectionAt(0)->tempo, 120.0f);
   EXPECT_EQ(track.currentTempo(), 90.0f);
-  track.pitch = 1.1f;
-  EXPECT_EQ(track.currentTempo(), static_cast<float>(90.0 * 1.1f));
+
+  // Without sections there are no beats; a tempo of 0 in a damaged tag neither.
+  test::SongRef plain("degenerate.ogg");
+  track.setSong(plain.song);
+  ASSERT_TRUE(track.prefill());
+  EXPECT_EQ(track.currentTempo(), 0.0f);
+  EXPECT_EQ(track.beatPosition(1000), 0);
+  EXPECT_EQ(beatsBetween(1000, 0, 0.0f, kBeatRate), 0);
 }
 
-TEST(MDJTrack, BeatsBetweenWrapsAndSaturatesLikeTheProcessor) {
-  EXPECT_EQ(beatsBetween(22050, 0, 120.0f, kBeatRate), kOneBeat);
-  EXPECT_EQ(beatsBetween(0, 22050, 120.0f, kBeatRate), -kOneBeat);
-  // The frame difference is taken in 32 bits.
-  EXPECT_EQ(beatsBetween(INT32_MIN, 1, 1.0f, kBeatRate),
-            beatsBetween(INT32_MAX, 0, 1.0f, kBeatRate));
-  // Beyond 32 bits of result, and a tempo of 0 in a damaged tag.
-  EXPECT_EQ(beatsBetween(INT32_MAX, 0, 40000.0f, kBeatRate), INT32_MIN);
-  EXPECT_EQ(beatsBetween(1000, 0, 0.0f, kBeatRate), 0);
+TEST(MDJMotion, CrossfadeValuesAtChosenBeatsDriveTheMixer) {
+  const MDJMotion& motion = *getMotion(0);
+  ASSERT_EQ(motion.getTrackCount(), 1);
+  const MDJMotionTrack& track = *motion.getTrack(0);
+  // Before the first key, between keys, at a key exactly, beyond the last.
+  EXPECT_EQ(track.evaluate(-2.0f), -0.9f);
+  EXPECT_NEAR(track.evaluate(3.5f), -0.75f, 1e-6f);
+  EXPECT_EQ(track.evaluate(7.0f), -0.6f);
+  EXPECT_EQ(track.evaluate(40.0f), 1.0f);
+  MDJMixer mixer;
+  struct {
+    float beat, first, second;
+    bool running;
+  } steps[] = {
+      {0.0f, 1.0f, 0.2f, true},   {7.25f, 1.0f, 1.0f, true},  {13.25f, 0.5f, 1.0f, true},
+      {15.99f, 0.0f, 1.0f, true}, {16.0f, 0.0f, 1.0f, false}, {30.0f, 0.0f, 1.0f, false},
+  };
+  for (auto s : steps) {
+    EXPECT_EQ(motion.apply(mixer, s.beat), s.running) << s.beat;
+    EXPECT_NEAR(mixer.getGainOfTrack(0), s.first, 1e-5f) << s.beat;
+    EXPECT_NEAR(mixer.getGainOfTrack(1), s.second, 1e-5f) << s.beat;
+  }
+  mixer.setCrossfade(-3.0f);  // clamped
+  EXPECT_EQ(mixer.getCrossfade(), -1.0f);
+  EXPECT_EQ(mixer.getGainOfTrack(1), 0.0f);
+
+  // A step key holds until the next, which takes over at its own time; the
+  // last key holds for ever.
+  MDJMotionTrack keyed(1, 5);
+  keyed.addKey(1.0f, 10.0f, false).addKey(2.0f, 20.0f, true).addKey(4.0f, 40.0f, true);
+  EXPECT_EQ(keyed.evaluate(1.5f), 10.0f);
+  EXPECT_EQ(keyed.evaluate(2.0f), 20.0f);
+  EXPECT_EQ(keyed.evaluate(3.0f), 30.0f);
+  EXPECT_EQ(keyed.evaluate(90.0f), 40.0f);
 }
 
 }  // namespace
