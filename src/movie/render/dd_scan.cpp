@@ -432,22 +432,54 @@ void underSolid(ddPaint* p, ddColor* target, const ddCxform& cxform) {
   auto one = [&](int x, uint32_t c) {
     if (c) under(target + x, c == 255 ? colour : scaleWord(colour, c));
   };
-  int x = p->minX;
-  for (; x + 4 <= end; x += 4) {
-    __m128i* at = reinterpret_cast<__m128i*>(cells + x);
-    const __m128i c = _mm_and_si128(_mm_srli_epi32(_mm_loadu_si128(at), 12), byte);
-    _mm_storeu_si128(at, zero);
+  // Four cells at a time; whole cells take the colour itself and empty ones
+  // scale it to nothing.
+  auto four = [&](int at, __m128i c) {
     if (_mm_movemask_epi8(_mm_cmpeq_epi32(c, byte)) == 0xFFFF) {
-      underVec(target + x, fill);
+      underVec(target + at, fill);
+    } else if (_mm_movemask_epi8(_mm_cmpeq_epi32(c, zero)) != 0xFFFF) {
+      const __m128i whole = _mm_cmpeq_epi32(c, byte);
+      underVec(target + at, _mm_or_si128(_mm_and_si128(whole, fill),
+                                         _mm_andnot_si128(whole, scaleVec(fill, c))));
+    }
+  };
+  auto levels = [&](int at) {
+    __m128i* cell = reinterpret_cast<__m128i*>(cells + at);
+    const __m128i c = _mm_and_si128(_mm_srli_epi32(_mm_loadu_si128(cell), 12), byte);
+    _mm_storeu_si128(cell, zero);
+    return c;
+  };
+  int x = p->minX;
+  // Sixteen at a time first: the inside of a large shape is long runs of whole
+  // cells over an empty or opaque target, and gaps between shapes long runs of
+  // empty cells.
+  for (; x + 16 <= end; x += 16) {
+    const __m128i c0 = levels(x), c1 = levels(x + 4), c2 = levels(x + 8), c3 = levels(x + 12);
+    const __m128i both = _mm_and_si128(_mm_and_si128(c0, c1), _mm_and_si128(c2, c3));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi32(both, byte)) == 0xFFFF) {
+      __m128i* t = reinterpret_cast<__m128i*>(target + x);
+      const __m128i d0 = _mm_loadu_si128(t), d1 = _mm_loadu_si128(t + 1);
+      const __m128i d2 = _mm_loadu_si128(t + 2), d3 = _mm_loadu_si128(t + 3);
+      const __m128i any = _mm_or_si128(_mm_or_si128(d0, d1), _mm_or_si128(d2, d3));
+      if (_mm_movemask_epi8(_mm_cmpeq_epi32(_mm_srli_epi32(any, 24), zero)) == 0xFFFF) {
+        _mm_storeu_si128(t, fill);
+        _mm_storeu_si128(t + 1, fill);
+        _mm_storeu_si128(t + 2, fill);
+        _mm_storeu_si128(t + 3, fill);
+        continue;
+      }
+      const __m128i all = _mm_and_si128(_mm_and_si128(d0, d1), _mm_and_si128(d2, d3));
+      if (_mm_movemask_epi8(_mm_cmpeq_epi32(_mm_srli_epi32(all, 24), byte)) == 0xFFFF) continue;
+    } else if (_mm_movemask_epi8(_mm_cmpeq_epi32(
+                   _mm_or_si128(_mm_or_si128(c0, c1), _mm_or_si128(c2, c3)), zero)) == 0xFFFF) {
       continue;
     }
-    if (_mm_movemask_epi8(_mm_cmpeq_epi32(c, zero)) == 0xFFFF) continue;
-    // Whole cells take the colour itself; empty ones scale it to nothing.
-    const __m128i whole = _mm_cmpeq_epi32(c, byte);
-    const __m128i src =
-        _mm_or_si128(_mm_and_si128(whole, fill), _mm_andnot_si128(whole, scaleVec(fill, c)));
-    underVec(target + x, src);
+    four(x, c0);
+    four(x + 4, c1);
+    four(x + 8, c2);
+    four(x + 12, c3);
   }
+  for (; x + 4 <= end; x += 4) four(x, levels(x));
   for (; x < end; x++) {
     one(x, ddCoverage_level(cells[x]));
     cells[x] = 0;
