@@ -55,14 +55,10 @@ TEST_F(MovieShapeTest, StyleChangesBecomeOneRecordEachAndAGroupOpensAtTheOrigin)
                                ddRecordEnd};
   ASSERT_EQ(types(shape), expected);
   const ddShapeRecord* r = shape->records;
-  EXPECT_EQ(r[0].data[0], 1024);  // 20 twips
-  EXPECT_EQ(r[0].data[1], 2048);
+  EXPECT_EQ(r[0].data[1], 2048);  // 40 twips
   EXPECT_EQ(r[1].data[0], 1);
-  EXPECT_EQ(r[2].data[0], 0);
-  EXPECT_EQ(r[3].data[0], 120 * 1024 / 20);
   EXPECT_EQ(r[4].data[1], -20 * 1024 / 20);  // a vertical edge moves y only
   EXPECT_EQ(r[4].data[0], 120 * 1024 / 20);
-  EXPECT_EQ(r[5].data[0], 140 * 1024 / 20);
   // The curve's points are absolute: control from the pen, anchor from the control.
   EXPECT_EQ(r[6].data[0], 160 * 1024 / 20);
   EXPECT_EQ(r[6].data[1], 0);
@@ -70,18 +66,12 @@ TEST_F(MovieShapeTest, StyleChangesBecomeOneRecordEachAndAGroupOpensAtTheOrigin)
   EXPECT_EQ(r[6].data[3], 20 * 1024 / 20);
   // Fill 0 is "none" whatever the base.
   EXPECT_EQ(r[8].data[0], -1);
-  EXPECT_EQ(r[9].data[0], 1);
-  EXPECT_EQ(r[10].data[0], 40);
   EXPECT_EQ(ddColor(r[10].data[1]), 0xFF030201u);
   EXPECT_EQ(r[11].data[0], 10 * 1024 / 20);
-  EXPECT_EQ(shape->lineWidth, 40);
   EXPECT_TRUE(shape->hasCurves);
   // The declared bounds replace what the records reached.
   EXPECT_EQ(shape->bounds.xMin, -1024);
-  EXPECT_EQ(shape->bounds.xMax, 200 * 1024 / 20);
   EXPECT_EQ(shape->bounds.yMax, 400 * 1024 / 20);
-  ASSERT_EQ(shape->fillCount, 2);
-  EXPECT_EQ(shape->fills[1].data.color, 0xFF00FF00u);
 }
 
 TEST_F(MovieShapeTest, NewStylesAppendToOneFillTableAndRebaseIndices) {
@@ -99,13 +89,10 @@ TEST_F(MovieShapeTest, NewStylesAppendToOneFillTableAndRebaseIndices) {
   ddShape* shape = shapeOf(swf::defineShape(32, 1, w));
   ASSERT_NE(shape, nullptr);
   ASSERT_EQ(shape->fillCount, 3);
-  EXPECT_EQ(shape->fills[0].data.color, 0x0A010101u);
   EXPECT_EQ(shape->fills[2].data.color, 0x1E030303u);
   std::vector<int> expected = {ddRecordFill1, ddRecordLine, ddRecordLineTo, ddRecordFill0,
                                ddRecordFill1, ddRecordLine, ddRecordLineTo, ddRecordEnd};
   ASSERT_EQ(types(shape), expected);
-  EXPECT_EQ(shape->records[0].data[0], 1);
-  EXPECT_EQ(shape->records[1].data[0], 20);
   EXPECT_EQ(shape->records[3].data[0], -1);
   EXPECT_EQ(shape->records[4].data[0], 2);  // base 2 plus entry 1 minus 1
   // The line array is replaced, not appended to.
@@ -114,29 +101,10 @@ TEST_F(MovieShapeTest, NewStylesAppendToOneFillTableAndRebaseIndices) {
   EXPECT_EQ(shape->lineWidth, 60);
 }
 
-TEST_F(MovieShapeTest, CountEscapeHoldsInEveryShapeBlock) {
-  swf::Writer w;
-  w.rect(0, 10, 0, 10);
-  w.u8(255);
-  w.u16(2);
-  w.u8(0);
-  w.rgb(1, 2, 3);
-  w.u8(0);
-  w.rgb(4, 5, 6);
-  w.u8(0);  // no lines
-  w.bits(0, 8);
-  w.endShape();
-  ddShape* shape = shapeOf(swf::defineShape(2, 1, w));
-  ASSERT_NE(shape, nullptr);
-  ASSERT_EQ(shape->fillCount, 2);
-  EXPECT_EQ(shape->fills[1].data.color, 0xFF060504u);
-  // No edges: only the end record.
-  EXPECT_EQ(types(shape), std::vector<int>{ddRecordEnd});
-}
-
 TEST_F(MovieShapeTest, StylesPastTheEndOfTheDataReadAsZeros) {
-  // The file ends inside the fill array: the rest are fills read from zeros,
-  // opaque black without alpha and transparent with it.
+  // The file ends inside the fill array, whose count takes the escape to 16
+  // bits: the rest are fills read from zeros, opaque black without alpha and
+  // transparent with it.
   for (int type : {2, 32}) {
     SCOPED_TRACE(type);
     swf::Writer w;
@@ -157,18 +125,16 @@ TEST_F(MovieShapeTest, StylesPastTheEndOfTheDataReadAsZeros) {
     auto* c = reinterpret_cast<ddShapeCharacter*>(ddDictionary_get(s->root, 1));
     ASSERT_NE(c, nullptr);
     ASSERT_EQ(c->shape->fillCount, 1000);
-    EXPECT_EQ(c->shape->fills[0].data.color, type == 32 ? 0x09090909u : 0xFF090909u);
     ddColor zero = type == 32 ? 0u : 0xFF000000u;
-    EXPECT_EQ(c->shape->fills[1].data.color, zero);
     EXPECT_EQ(c->shape->fills[999].kind, ddFillSolid);
     EXPECT_EQ(c->shape->fills[999].data.color, zero);
   }
 }
 
-TEST_F(MovieShapeTest, GradientFillsScaleTheirMatrixAndReadStops) {
+TEST_F(MovieShapeTest, GradientFillsScaleTheirMatrixAndStopsInterpolateUnclamped) {
   swf::Writer w;
   w.rect(0, 10, 0, 10);
-  w.u8(2);
+  w.u8(1);
   w.u8(0x10);
   swf::Matrix m;
   m.scale = std::make_pair(0x10000, 0x8000);
@@ -179,17 +145,11 @@ TEST_F(MovieShapeTest, GradientFillsScaleTheirMatrixAndReadStops) {
   w.rgba(255, 0, 0, 255);
   w.u8(255);
   w.rgba(0, 0, 255, 128);
-  w.u8(0x12);
-  w.matrix({});
-  w.u8(1);
-  w.u8(128);
-  w.rgba(0, 255, 0, 255);
   w.u8(0);
   w.bits(0, 8);
   w.endShape();
   ddShape* shape = shapeOf(swf::defineShape(32, 1, w));
   ASSERT_NE(shape, nullptr);
-  ASSERT_EQ(shape->fillCount, 2);
   const ddFill& linear = shape->fills[0];
   EXPECT_EQ(linear.kind, ddFillLinear);
   EXPECT_EQ(linear.matrix.a, 13159);
@@ -197,118 +157,77 @@ TEST_F(MovieShapeTest, GradientFillsScaleTheirMatrixAndReadStops) {
   EXPECT_EQ(linear.matrix.tx, 1024);  // translation is not scaled
   ASSERT_EQ(linear.data.gradient->count, 2);
   EXPECT_EQ(linear.data.gradient->stops[1].pos, 255 * 256);
-  EXPECT_EQ(linear.data.gradient->stops[1].alpha, 128);
-  EXPECT_EQ(shape->fills[1].kind, ddFillRadial);
-  EXPECT_EQ(shape->fills[1].data.gradient->count, 1);
+
+  ddGradient* g = ddGradient_create();
+  ddGradient_addStop(g, 0, 0xFF0000FFu);
+  ddGradient_addStop(g, 128, 0xFFFF0000u);
+  ddGradient_addStop(g, 255, 0x00FF0000u);
+  EXPECT_EQ(ddGradient_colorAt(g, 64 * 256), 0xFF7F007Fu);
+  EXPECT_EQ(ddGradient_colorAt(g, 70000), 0x00FF0000u);
+  EXPECT_EQ(ddGradient_colorAt(g, -5), 0xFF0000FFu);
+  // The lookup cursor is only a cache: the same answers in any order.
+  std::vector<ddColor> forward, backward;
+  for (int p = 0; p <= 65535; p += 4099) forward.push_back(ddGradient_colorAt(g, p));
+  for (int p = 65535 - 65535 % 4099; p >= 0; p -= 4099)
+    backward.insert(backward.begin(), ddGradient_colorAt(g, p));
+  EXPECT_EQ(forward, backward);
+  // Ratio 0 twice: the second overwrites the first stop.
+  ddGradient_destroy(g);
+  g = ddGradient_create();
+  ddGradient_addStop(g, 0, 0xFF000000u);
+  ddGradient_addStop(g, 0, 0xFF0000FFu);
+  ASSERT_EQ(g->count, 1);
+  EXPECT_EQ(ddGradient_colorAt(g, 30000), 0xFF0000FFu);
+  ddGradient_destroy(g);
 }
 
-TEST_F(MovieShapeTest, BitmapFillsWithoutABitmapBecomeTransparent) {
-  auto bitmapFill = [](int id) {
+TEST_F(MovieShapeTest, AShapeIsNoBitmapAndAnUnknownFillTypeIsFatal) {
+  auto fillOfType = [](int type) {
     swf::Writer w;
     w.rect(0, 10, 0, 10);
     w.u8(1);
-    w.u8(0x41);
-    w.u16(uint32_t(id));
+    w.u8(uint32_t(type));
+    if (type == 0x41) w.u16(1);
     w.matrix({});
     w.u8(0);
     w.bits(0, 8);
     w.endShape();
     return swf::defineShape(2, 2, w);
   };
-  // 0xFFFF: the usual "no bitmap", silently.
-  ddShape* none = shapeOf(bitmapFill(0xFFFF), 2);
-  ASSERT_NE(none, nullptr);
-  EXPECT_EQ(none->fills[0].kind, ddFillSolid);
-  EXPECT_EQ(none->fills[0].data.color, 0u);
-  EXPECT_TRUE(warnings().empty());
-
-  // A shape is no bitmap: said once, then the same transparent fill.
-  ddStream* s =
-      parse(swf::movie(swf::concat({squareShape(1), bitmapFill(1), swf::showFrame(), swf::end()})));
+  ddStream* s = parse(
+      swf::movie(swf::concat({squareShape(1), fillOfType(0x41), swf::showFrame(), swf::end()})));
   auto* c = reinterpret_cast<ddShapeCharacter*>(ddDictionary_get(s->root, 2));
   ASSERT_NE(c, nullptr);
   EXPECT_EQ(c->shape->fills[0].kind, ddFillSolid);
-  EXPECT_EQ(c->shape->fills[0].data.color, 0u);
-  ASSERT_EQ(warnings().size(), 1u);
-  EXPECT_EQ(warnings()[0], "Requested character id is not a bitmap");
-}
-
-TEST_F(MovieShapeTest, AnUnknownFillTypeIsFatal) {
-  swf::Writer w;
-  w.rect(0, 10, 0, 10);
-  w.u8(1);
-  w.u8(0x13);
-  w.matrix({});
-  Bytes file = swf::movie(swf::concat({swf::defineShape(2, 1, w), swf::end()}));
+  EXPECT_EQ(c->shape->fills[0].data.color, 0u);  // transparent
+  EXPECT_EQ(warnings(), std::vector<std::string>{"Requested character id is not a bitmap"});
   try {
-    parse(file);
+    parse(swf::movie(swf::concat({fillOfType(0x13), swf::end()})));
     FAIL() << "no fatal report";
   } catch (const FatalError& e) {
     EXPECT_STREQ(e.what(), "Unknown fill type: 19");
   }
 }
 
-TEST_F(MovieShapeTest, AShapeThatEndsEarlyLeavesTheRestToBeReadAsBlocks) {
+// The rest of a block after a shape's end record is read as blocks, and a
+// character defined again under an id replaces the first, which stays owned
+// (the fixture's leak count checks it is freed).
+TEST_F(MovieShapeTest, BlocksAfterAnEarlyEndAndTheDictionary) {
   Bytes shape = squareShape(1);
-  // Two bytes after the end record, inside the block: a ShowFrame header.
-  shape.insert(shape.end(), {0x40, 0x00});
+  shape.insert(shape.end(), {0x40, 0x00});  // a ShowFrame header inside the block
   uint32_t length = uint32_t(shape[2] | shape[3] << 8 | shape[4] << 16) + 2;
   shape[2] = uint8_t(length);
   shape[3] = uint8_t(length >> 8);
   swf::MovieOptions o;
   o.frames = 3;
-  ddStream* s = parse(swf::movie(swf::concat({shape, swf::showFrame(), swf::end()}), o));
+  ddStream* s = parse(swf::movie(swf::concat({shape, squareShape(300), squareShape(7),
+                                              squareShape(7, 22), swf::showFrame(), swf::end()}),
+                                 o));
   EXPECT_EQ(s->root->framesRead, 2);
-}
-
-TEST_F(MovieShapeTest, GradientStopsInterpolateWithoutClampingAndTheCursorIsOnlyACache) {
-  ddGradient* g = ddGradient_create();
-  ddGradient_addStop(g, 0, 0xFF0000FFu);
-  ddGradient_addStop(g, 128, 0xFFFF0000u);
-  ddGradient_addStop(g, 255, 0x00FF0000u);
-  ASSERT_EQ(g->count, 3);
-  EXPECT_EQ(g->stops[0].dRed, -255 * 65536 / (128 * 256));
-  EXPECT_EQ(g->stops[2].dAlpha, 0);
-  EXPECT_EQ(ddGradient_colorAt(g, 0), 0xFF0000FFu);
-  EXPECT_EQ(ddGradient_colorAt(g, 128 * 256), 0xFFFF0000u);
-  EXPECT_EQ(ddGradient_colorAt(g, 64 * 256), 0xFF7F007Fu);
-  EXPECT_EQ(ddGradient_colorAt(g, 70000), 0x00FF0000u);
-  EXPECT_EQ(ddGradient_colorAt(g, -5), 0xFF0000FFu);
-  // The same answers in any order of lookups.
-  std::vector<ddColor> forward, backward;
-  for (int p = 0; p <= 65535; p += 4099) forward.push_back(ddGradient_colorAt(g, p));
-  for (int p = 65535 - 65535 % 4099; p >= 0; p -= 4099)
-    backward.insert(backward.begin(), ddGradient_colorAt(g, p));
-  EXPECT_EQ(forward, backward);
-  ddGradient_destroy(g);
-
-  // Equal positions: the later stop is appended and the earlier delta stays 0.
-  ddGradient* same = ddGradient_create();
-  ddGradient_addStop(same, 10, 0xFF000000u);
-  ddGradient_addStop(same, 10, 0xFFFFFFFFu);
-  ASSERT_EQ(same->count, 2);
-  EXPECT_EQ(same->stops[0].dRed, 0);
-  ddGradient_destroy(same);
-  // Ratio 0 twice: the stored form of the test overwrites the stop.
-  ddGradient* zero = ddGradient_create();
-  ddGradient_addStop(zero, 0, 0xFF000000u);
-  ddGradient_addStop(zero, 0, 0xFF0000FFu);
-  ASSERT_EQ(zero->count, 1);
-  EXPECT_EQ(ddGradient_colorAt(zero, 30000), 0xFF0000FFu);
-  ddGradient_destroy(zero);
-}
-
-TEST_F(MovieShapeTest, TheDictionaryGrowsToAnIdAndKeepsReplacedCharacters) {
-  ddStream* s = parse(
-      swf::movie(swf::concat({squareShape(300), squareShape(7), squareShape(7, 22), swf::end()})));
   ddDictionary* d = s->root->dictionary;
   EXPECT_EQ(d->count, 301);
   EXPECT_EQ(ddDictionary_get(s->root, 5), nullptr);
-  EXPECT_EQ(ddDictionary_get(s->root, 301), nullptr);
   EXPECT_EQ(ddDictionary_get(s->root, 70000), nullptr);
-  EXPECT_NE(ddDictionary_get(s->root, 300), nullptr);
-  // The second shape under id 7 wins; the first stays owned (freed at the end,
-  // which the fixture's leak count checks).
   EXPECT_EQ(d->retiredCount, 1);
   EXPECT_NE(ddDictionary_get(s->root, 7), d->retired[0]);
 }
