@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <map>
 #include <sstream>
 
 #include "movie_test_support.h"
@@ -58,10 +57,6 @@ Header readHeader(const swf::Bytes& file) {
   return h;
 }
 
-struct BlockLog {
-  std::map<int, int> skipped, unknown;
-};
-
 class MovieCorpusTest : public MovieTest {};
 
 TEST_F(MovieCorpusTest, EveryMovieOpensAndShowsAllItsFrames) {
@@ -82,24 +77,10 @@ TEST_F(MovieCorpusTest, EveryMovieOpensAndShowsAllItsFrames) {
     Header header = readHeader(file);
     ASSERT_TRUE(header.ok);
 
-    warnings().clear();
-    BlockLog log;
     ddMovie* movie = nullptr;
     std::string fatal;
     MovieWalkResult walk;
-    // The parse is repeated inside the walk; this first stream only listens.
-    ddStream* s = ddStream_create(file.data(), int32_t(file.size()));
-    s->listenerContext = &log;
-    s->listener = [](void* context, const ddTimeline*, int type, int32_t, ddBlockAction action) {
-      BlockLog* l = static_cast<BlockLog*>(context);
-      // Type 0 here is only the end block of a sprite.
-      if (action == ddBlockSkipped && type != 0) l->skipped[type]++;
-      if (action == ddBlockUnknown) l->unknown[type]++;
-    };
     try {
-      EXPECT_EQ(ddMovie_parse(s), 0);
-      ddTimeline_destroy(s->root);
-      ddStream_destroy(s);
       walk = walkMovie(file.data(), int32_t(file.size()), 320, 240, {}, &movie);
     } catch (const FatalError& e) {
       fatal = e.what();
@@ -122,13 +103,6 @@ TEST_F(MovieCorpusTest, EveryMovieOpensAndShowsAllItsFrames) {
              << " moves";
       ddMovie_dispose(movie);
     }
-    auto list = [&](const char* what, const std::map<int, int>& blocks) {
-      if (blocks.empty()) return;
-      report << "; " << what << ":";
-      for (auto [type, count] : blocks) report << " " << type << "x" << count;
-    };
-    list("skipped", log.skipped);
-    list("unknown", log.unknown);
     report << "\n";
   }
   std::cout << report.str();

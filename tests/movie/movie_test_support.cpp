@@ -44,8 +44,7 @@ void MovieTest::TearDown() {
 }
 
 ddMovie* MovieTest::open(const swf::Bytes& file, int width, int height) {
-  files_.push_back(std::make_unique<swf::Bytes>(file));
-  const swf::Bytes& kept = *files_.back();
+  const swf::Bytes& kept = *files_.emplace_back(std::make_unique<swf::Bytes>(file));
   ddMovie* movie =
       ddMovie_create(ddSurface_create(width, height), kept.data(), int32_t(kept.size()));
   movies_.push_back(movie);
@@ -60,10 +59,7 @@ ddMovie* MovieTest::open(const swf::Bytes& file, int width, int height) {
 }
 
 ddStream* MovieTest::parse(const swf::Bytes& file, int* result) {
-  files_.push_back(std::make_unique<swf::Bytes>(file));
-  const swf::Bytes& kept = *files_.back();
-  ddStream* s = ddStream_create(kept.data(), int32_t(kept.size()));
-  streams_.push_back(s);
+  ddStream* s = streamOver(file);
   try {
     int r = ddMovie_parse(s);
     if (result)
@@ -78,11 +74,8 @@ ddStream* MovieTest::parse(const swf::Bytes& file, int* result) {
 }
 
 ddStream* MovieTest::streamOver(const swf::Bytes& bytes) {
-  files_.push_back(std::make_unique<swf::Bytes>(bytes));
-  const swf::Bytes& kept = *files_.back();
-  ddStream* s = ddStream_create(kept.data(), int32_t(kept.size()));
-  streams_.push_back(s);
-  return s;
+  const swf::Bytes& kept = *files_.emplace_back(std::make_unique<swf::Bytes>(bytes));
+  return streams_.emplace_back(ddStream_create(kept.data(), int32_t(kept.size())));
 }
 
 std::vector<ddPlacement*> placements(const ddTimeline* t, int frame) {
