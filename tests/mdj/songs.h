@@ -22,12 +22,10 @@ inline Decoded decodeStraight(const std::string& path) {
   Decoded d;
   OggVorbis_File vf;
   if (ov_fopen(path.c_str(), &vf) != 0) return d;
-  for (;;) {
-    float** pcm;
-    int link;
-    long got = ov_read_float(&vf, &pcm, 4096, &link);
-    if (got == 0) break;
-    if (got < 0) continue;
+  float** pcm;
+  int link;
+  for (long got; (got = ov_read_float(&vf, &pcm, 4096, &link)) != 0;) {
+    if (got < 0) continue;  // a hole in the stream
     d.left.insert(d.left.end(), pcm[0], pcm[0] + got);
     d.right.insert(d.right.end(), pcm[1], pcm[1] + got);
   }

@@ -19,7 +19,6 @@ TEST(MDJTrack, BeatPositionsAndTempoAroundSectionBoundaries) {
   track.setSong(song.song);
   song->seekFrame(66150);
   ASSERT_TRUE(track.prefill());
-  EXPECT_EQ(track.beatPosition(0), 0);
   EXPECT_EQ(track.sectionAt(0)->syncBeats, 8);
   EXPECT_EQ(track.beatPosition(29400), kOneBeat);
   EXPECT_EQ(track.beatPosition(29399), kOneBeat - 3);  // truncated, not rounded
@@ -71,9 +70,6 @@ TEST(MDJMotion, CrossfadeValuesAtChosenBeatsDriveTheMixer) {
     EXPECT_NEAR(mixer.getGainOfTrack(0), s.first, 1e-5f) << s.beat;
     EXPECT_NEAR(mixer.getGainOfTrack(1), s.second, 1e-5f) << s.beat;
   }
-  mixer.setCrossfade(-3.0f);  // clamped
-  EXPECT_EQ(mixer.getCrossfade(), -1.0f);
-  EXPECT_EQ(mixer.getGainOfTrack(1), 0.0f);
 
   // A step key holds until the next, which takes over at its own time; the
   // last key holds for ever.

@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <sstream>
 
 #include "movie_test_support.h"
 #include "movie_walk.h"
@@ -68,7 +67,6 @@ TEST_F(MovieCorpusTest, EveryMovieOpensAndShowsAllItsFrames) {
   std::sort(movies.begin(), movies.end());
   ASSERT_FALSE(movies.empty());
 
-  std::ostringstream report;
   for (const fs::path& dir : movies) {
     std::string name = dir.filename().string();
     SCOPED_TRACE(name);
@@ -78,34 +76,23 @@ TEST_F(MovieCorpusTest, EveryMovieOpensAndShowsAllItsFrames) {
     ASSERT_TRUE(header.ok);
 
     ddMovie* movie = nullptr;
-    std::string fatal;
     MovieWalkResult walk;
     try {
       walk = walkMovie(file.data(), int32_t(file.size()), 320, 240, {}, &movie);
     } catch (const FatalError& e) {
-      fatal = e.what();
+      std::cout << name << ": fatal \"" << e.what() << "\"\n";  // reported, not a failure
       ddMemory_releaseTracked();
-      movie = nullptr;
+      continue;
     }
-    report << name << ": ";
-    if (!fatal.empty()) {
-      report << "FATAL \"" << fatal << "\"";
-    } else {
-      ASSERT_EQ(walk.parse, 0);
-      ddTimeline* t = movie->rootTimeline;
-      EXPECT_EQ(t->nFrames, header.frames);
-      // Frames past the stated count are closed but not stored.
-      EXPECT_LE(t->frames->count, std::max(header.frames, 1));
-      EXPECT_NEAR(t->frameWidth / 1024.0, header.widthPx, 1.0 / 1024);
-      EXPECT_NEAR(t->frameHeight / 1024.0, header.heightPx, 1.0 / 1024);
-      report << t->nFrames << " frames (" << t->framesRead << " read), " << header.widthPx << "x"
-             << header.heightPx << ", " << walk.clipsVisited << " clips, " << walk.moves
-             << " moves";
-      ddMovie_dispose(movie);
-    }
-    report << "\n";
+    ASSERT_EQ(walk.parse, 0);
+    ddTimeline* t = movie->rootTimeline;
+    EXPECT_EQ(t->nFrames, header.frames);
+    // Frames past the stated count are closed but not stored.
+    EXPECT_LE(t->frames->count, std::max(header.frames, 1));
+    EXPECT_NEAR(t->frameWidth / 1024.0, header.widthPx, 1.0 / 1024);
+    EXPECT_NEAR(t->frameHeight / 1024.0, header.heightPx, 1.0 / 1024);
+    ddMovie_dispose(movie);
   }
-  std::cout << report.str();
 }
 
 }  // namespace

@@ -22,14 +22,6 @@ class MovieShapeTest : public MovieTest {
     for (int i = 0; i < shape->recordCount; i++) out.push_back(shape->records[i].type);
     return out;
   }
-  // A style change record that brings new style arrays.
-  static void newStyles(swf::Writer& w, const Bytes& styles, int fillBits, int lineBits) {
-    w.bits(0, 1);
-    w.bits(16, 5);
-    w.raw(styles);
-    w.bits(uint32_t(fillBits), 4);
-    w.bits(uint32_t(lineBits), 4);
-  }
 };
 
 TEST_F(MovieShapeTest, StyleChangesBecomeOneRecordEachAndAGroupOpensAtTheOrigin) {
@@ -80,7 +72,11 @@ TEST_F(MovieShapeTest, NewStylesAppendToOneFillTableAndRebaseIndices) {
   w.bits(1, 4);
   w.styleChange(2, 1, std::nullopt, std::nullopt, 2u, 1u);
   w.lineEdge(10, 10);
-  newStyles(w, swf::shapeStyles(32, {{3, 3, 3, 30}}, {{60, {7, 7, 7, 77}}}), 1, 1);
+  w.bits(0, 1);  // a style change bringing new style arrays
+  w.bits(16, 5);
+  w.raw(swf::shapeStyles(32, {{3, 3, 3, 30}}, {{60, {7, 7, 7, 77}}}));
+  w.bits(1, 4);
+  w.bits(1, 4);
   w.styleChange(1, 1, std::nullopt, 0u, 1u, 1u);
   w.lineEdge(10, 10);
   w.endShape();
