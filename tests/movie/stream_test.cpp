@@ -182,35 +182,33 @@ TEST_F(MovieStreamTest, UnknownBlocksWarnAndSkippedOnesAreSilentBothByLength) {
                                                   "Unrecognized block type: 200, length 3\n"}));
 }
 
-TEST_F(MovieStreamTest, TheLoopStopsAtEndBlocksNegativeLengthsAndTheStatedLength) {
+// The loop stops at an End block, at a long length of 0x80000000 or more, and
+// at a header that ends at the stated file length. An export block with two
+// entries keeps only the first and reads the second as a header of type 0.
+TEST_F(MovieStreamTest, TheLoopStopsAtEndBlocksNegativeLengthsAndExportDesync) {
   swf::MovieOptions o;
   o.frames = 5;
-  Bytes negative = {0xFF, 0x00, 0x00, 0x00, 0x00, 0x80};  // long length 0x80000000
-  for (const Bytes& body : {swf::concat({swf::showFrame(), swf::end(), swf::showFrame()}),
-                            swf::concat({swf::showFrame(), negative, swf::showFrame()}),
-                            // the last header ends at the stated file length
-                            swf::concat({swf::showFrame(), swf::showFrame()})}) {
-    int result = -1;
-    EXPECT_EQ(parse(swf::movie(body, o), &result)->root->framesRead, 1);
-    EXPECT_EQ(result, 0);
-  }
-}
-
-TEST_F(MovieStreamTest, ExportsKeepOnlyTheFirstEntryAndMoreEntriesDesynchronise) {
-  swf::MovieOptions o;
-  o.frames = 2;
   swf::Writer two;
   two.u16(2);
   two.u16(5);
   two.string("hero");
-  two.u16(6);  // the second entry is read as a block header of type 0
+  two.u16(6);
   two.string("b");
-  ddStream* s =
-      parse(swf::movie(swf::concat({swf::block(56, two.bytes), swf::showFrame(), swf::end()}), o));
-  ASSERT_EQ(s->root->exportCount, 1);
-  EXPECT_EQ(s->root->exports[0].id, 5);
-  EXPECT_STREQ(s->root->exports[0].name, "hero");
-  EXPECT_EQ(s->root->framesRead, 0);
+  const Bytes negative = {0xFF, 0x00, 0x00, 0x00, 0x00, 0x80};
+  for (const Bytes& body :
+       {swf::concat({swf::showFrame(), swf::end(), swf::showFrame()}),
+        swf::concat({swf::showFrame(), negative, swf::showFrame()}),
+        swf::concat({swf::showFrame(), swf::showFrame()}),
+        swf::concat({swf::showFrame(), swf::block(56, two.bytes), swf::showFrame(), swf::end()})}) {
+    int result = -1;
+    ddStream* s = parse(swf::movie(body, o), &result);
+    EXPECT_EQ(s->root->framesRead, 1);
+    EXPECT_EQ(result, 0);
+  }
+  const ddTimeline* exported = streams_.back()->root;
+  ASSERT_EQ(exported->exportCount, 1);
+  EXPECT_EQ(exported->exports[0].id, 5);
+  EXPECT_STREQ(exported->exports[0].name, "hero");
 }
 
 TEST_F(MovieStreamTest, TruncatedFilesParseWithoutReadingOutside) {

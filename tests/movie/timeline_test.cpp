@@ -26,56 +26,47 @@ class MovieTimelineTest : public MovieTest {
   }
 };
 
-TEST_F(MovieTimelineTest, FramesAreCompleteSnapshotsOfPlacements) {
+// Frames are complete, deep snapshots of the placements sorted by depth.
+// Removal by depth and id: a wrong id stays, an unknown id matches the
+// placement without a character, which makes no instance.
+TEST_F(MovieTimelineTest, FramesAreSnapshotsOfPlaceAndRemoveRecords) {
   swf::Place named;
   named.depth = 2;
   named.id = 1;
   named.name = "two";
-  Bytes body =
-      swf::concat({squareShape(1), swf::placeNew(5, 1), swf::placeObject2(named), swf::showFrame(),
-                   swf::placeObject2(moveTo(5, 200)), swf::frameLabel("second"), swf::showFrame(),
-                   swf::removeObject2(2), swf::removeObject2(9), swf::showFrame(), swf::end()});
-  ddStream* s = parse(swf::movie(body, frames(3)));
-  ddTimeline* t = s->root;
-  ASSERT_EQ(t->frames->count, 3);
-  auto f0 = placements(t, 0), f1 = placements(t, 1), f2 = placements(t, 2);
-  ASSERT_EQ(f0.size(), 2u);
-  EXPECT_EQ(f0[0]->depth, 2);  // sorted by depth whatever the order of the blocks
-  ASSERT_EQ(f1.size(), 2u);
-  // A move keeps the character and changes only what it carries.
-  EXPECT_EQ(f1[1]->character, ddDictionary_get(t, 1));
-  EXPECT_EQ(f1[1]->matrix.tx, 200 * 1024 / 20);
-  EXPECT_EQ(f0[1]->matrix.tx, 0);
-  // Copies are deep: own names, own serial numbers.
-  EXPECT_NE(f1[0]->name, f0[0]->name);
-  EXPECT_NE(f1[0]->uid, f0[0]->uid);
-  ASSERT_EQ(f2.size(), 1u);
-  EXPECT_EQ(f2[0]->depth, 5);
-  ASSERT_EQ(t->labelCount, 1);
-  EXPECT_EQ(t->labels[0].frame, 1);
-}
-
-TEST_F(MovieTimelineTest, PlaceAndRemoveRecordsOfTheFirstKind) {
   swf::Cxform half;
   half.mul = std::vector<int32_t>{128, 128, 128};
   swf::Matrix at;
   at.tx = 40;
-  Bytes body =
-      swf::concat({squareShape(1), squareShape(2), swf::placeObject(1, 3, at),
-                   swf::placeObject(1, 4, at, half), swf::placeObject(7, 6, at), swf::showFrame(),
-                   // Wrong id: stays. Unknown id: matches the placement without one.
-                   swf::removeObject(2, 3), swf::removeObject(9, 6), swf::showFrame(),
-                   swf::removeObject(1, 3), swf::showFrame(), swf::end()});
+  Bytes body = swf::concat(
+      {squareShape(1), squareShape(2), swf::placeObject(1, 3, at), swf::placeObject(1, 4, at, half),
+       swf::placeObject(7, 6, at), swf::placeObject2(named), swf::showFrame(),
+       swf::placeObject2(moveTo(4, 200)), swf::frameLabel("second"), swf::removeObject(2, 3),
+       swf::removeObject(9, 6), swf::showFrame(), swf::removeObject(1, 3), swf::removeObject2(9),
+       swf::showFrame(), swf::end()});
   ddMovie* movie = open(swf::movie(body, frames(3)));
-  auto f0 = placements(movie->rootTimeline, 0);
-  ASSERT_EQ(f0.size(), 3u);
-  EXPECT_EQ(f0[0]->matrix.tx, 2048);
-  EXPECT_EQ(f0[1]->cxform.rMul, 128);
-  EXPECT_EQ(f0[2]->character, nullptr);
-  // A placement without a character makes no instance; removing one of two
-  // placements of a character leaves the other's instance alone.
+  ddTimeline* t = movie->rootTimeline;
+  auto f0 = placements(t, 0), f1 = placements(t, 1);
+  ASSERT_EQ(f0.size(), 4u);
+  EXPECT_EQ(f0[0]->depth, 2);
+  EXPECT_EQ(f0[1]->matrix.tx, 2048);
+  EXPECT_EQ(f0[2]->cxform.rMul, 128);
+  EXPECT_EQ(f0[3]->character, nullptr);
+  ASSERT_EQ(f1.size(), 3u);
+  // A move keeps the character and changes only what it carries, in its frame.
+  EXPECT_EQ(f1[2]->character, ddDictionary_get(t, 1));
+  EXPECT_EQ(f1[2]->cxform.rMul, 128);
+  EXPECT_EQ(f1[2]->matrix.tx, 200 * 1024 / 20);
+  EXPECT_EQ(f0[2]->matrix.tx, 2048);
+  EXPECT_NE(f1[0]->name, f0[0]->name);
+  EXPECT_NE(f1[0]->uid, f0[0]->uid);
+  EXPECT_EQ(placements(t, 2).size(), 2u);
+  ASSERT_EQ(t->labelCount, 1);
+  EXPECT_EQ(t->labels[0].frame, 1);
+
+  // Removing one of two placements of a character leaves the other alone.
   ddClip* root = movie->rootClip;
-  EXPECT_EQ(instances(root).size(), 2u);
+  EXPECT_EQ(instances(root).size(), 3u);
   ddInstance* kept = instanceAt(root, 4);
   ddClip_moveFrame(movie, root, 2);
   EXPECT_EQ(instanceAt(root, 3), nullptr);
