@@ -103,10 +103,7 @@ TEST_F(MovieShapeTest, StylesPastTheEndOfTheDataReadAsZeros) {
   w.u32(5000);
   w.u16(1);
   w.rect(0, 10, 0, 10);
-  w.u8(255);
-  w.u16(1000);
-  w.u8(0);
-  w.rgba(9, 9, 9, 9);
+  w.raw({255, 0xE8, 0x03, 0, 9, 9, 9, 9});  // 1000 fills, one solid given
   ddStream* s = parse(swf::movie(w.bytes));
   auto* c = reinterpret_cast<ddShapeCharacter*>(ddDictionary_get(s->root, 1));
   ASSERT_NE(c, nullptr);
@@ -119,18 +116,10 @@ TEST_F(MovieShapeTest, StylesPastTheEndOfTheDataReadAsZeros) {
 TEST_F(MovieShapeTest, GradientFillsScaleTheirMatrixAndStopsInterpolateUnclamped) {
   swf::Writer w;
   w.rect(0, 10, 0, 10);
-  w.u8(1);
-  w.u8(0x10);
-  swf::Matrix m;
-  m.scale = std::make_pair(0x10000, 0x8000);
-  m.tx = 20;
-  w.matrix(m);
-  w.u8(2);
-  w.u8(0);
-  w.rgba(255, 0, 0, 255);
-  w.u8(255);
-  w.rgba(0, 0, 255, 128);
-  w.u8(0);
+  w.raw({1, 0x10});  // one linear gradient
+  w.matrix({std::make_pair(0x10000, 0x8000), std::nullopt, 20, 0});
+  w.raw({2, 0, 255, 0, 0, 255, 255, 0, 0, 255, 128});  // two stops
+  w.u8(0);                                             // no lines
   w.bits(0, 8);
   w.endShape();
   ddShape* shape = shapeOf(swf::defineShape(32, 1, w));
@@ -163,8 +152,7 @@ TEST_F(MovieShapeTest, AShapeIsNoBitmapAndAnUnknownFillTypeIsFatal) {
   auto fillOfType = [](int type) {
     swf::Writer w;
     w.rect(0, 10, 0, 10);
-    w.u8(1);
-    w.u8(uint32_t(type));
+    w.raw({1, uint8_t(type)});
     if (type == 0x41) w.u16(1);
     w.matrix({});
     w.u8(0);

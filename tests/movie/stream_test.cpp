@@ -188,18 +188,13 @@ TEST_F(MovieStreamTest, UnknownBlocksWarnAndSkippedOnesAreSilentBothByLength) {
 TEST_F(MovieStreamTest, TheLoopStopsAtEndBlocksNegativeLengthsAndExportDesync) {
   swf::MovieOptions o;
   o.frames = 5;
-  swf::Writer two;
-  two.u16(2);
-  two.u16(5);
-  two.string("hero");
-  two.u16(6);
-  two.string("b");
+  const Bytes two = {2, 0, 5, 0, 'h', 'e', 'r', 'o', 0, 6, 0, 'b', 0};  // count, id, name, ...
   const Bytes negative = {0xFF, 0x00, 0x00, 0x00, 0x00, 0x80};
   for (const Bytes& body :
        {swf::concat({swf::showFrame(), swf::end(), swf::showFrame()}),
         swf::concat({swf::showFrame(), negative, swf::showFrame()}),
         swf::concat({swf::showFrame(), swf::showFrame()}),
-        swf::concat({swf::showFrame(), swf::block(56, two.bytes), swf::showFrame(), swf::end()})}) {
+        swf::concat({swf::showFrame(), swf::block(56, two), swf::showFrame(), swf::end()})}) {
     int result = -1;
     ddStream* s = parse(swf::movie(body, o), &result);
     EXPECT_EQ(s->root->framesRead, 1);
