@@ -10,26 +10,15 @@
 #include <cstdio>
 #include <memory>
 
+#include "device_window.h"
 #include "graphics/d3d_graphics.h"
 #include "plain_quads.h"
-#include "platform/sdl/sdl_window_system.h"
 
 namespace {
 
-struct Window {
-  SDL_Window* window = nullptr;
-  std::unique_ptr<vostan::D3DGraphics> graphics;
-
-  Window() {
-    SDL_InitSubSystem(SDL_INIT_VIDEO);
-    vostan::platform::requestGlContext();
-    window = SDL_CreateWindow("quads", 0, 0, 320, 240, SDL_WINDOW_OPENGL | SDL_WINDOW_HIDDEN);
-    vostan::D3DGraphics::clientHeightSource = [] { return 240; };
-    graphics = std::make_unique<vostan::D3DGraphics>();
-    if (!window || graphics->createDevice(SDL_GetWindowID(window), 0) < 0) {
-      std::fprintf(stderr, "no graphics device: %s\n", SDL_GetError());
-      std::exit(1);
-    }
+// The quads draw in clip space, inside one open scene.
+struct Window : vostan::bench::DeviceWindow {
+  Window() : DeviceWindow("quads", 320, 240) {
     const float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     graphics->setMatrix(0, identity);
     graphics->beginScene();

@@ -11,31 +11,14 @@
 #include <memory>
 #include <vector>
 
+#include "device_window.h"
 #include "graphics/pixelsample/sample_select.h"
 #include "graphics/texture_store.h"
-#include "platform/sdl/sdl_window_system.h"
 
 namespace {
 
-struct Window {
-  SDL_Window* window = nullptr;
-  std::unique_ptr<vostan::D3DGraphics> graphics;
-
-  Window() {
-    SDL_InitSubSystem(SDL_INIT_VIDEO);
-    vostan::platform::requestGlContext();
-    window = SDL_CreateWindow("upload", 0, 0, 64, 64, SDL_WINDOW_OPENGL | SDL_WINDOW_HIDDEN);
-    vostan::D3DGraphics::clientHeightSource = [] { return 64; };
-    graphics = std::make_unique<vostan::D3DGraphics>();
-    if (!window || graphics->createDevice(SDL_GetWindowID(window), 0) < 0) {
-      std::fprintf(stderr, "no graphics device: %s\n", SDL_GetError());
-      std::exit(1);
-    }
-  }
-};
-
-Window& window() {
-  static Window w;
+vostan::bench::DeviceWindow& window() {
+  static vostan::bench::DeviceWindow w("upload", 64, 64);
   return w;
 }
 
