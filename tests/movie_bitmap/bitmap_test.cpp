@@ -36,16 +36,13 @@ ddColor word(int r, int g, int b, int a) {
 class BitmapTest : public MovieTest {
  protected:
   // The pixels of bitmap `id` after parsing a movie of `blocks`.
-  std::vector<ddColor> decode(const Bytes& blocks, int id, int* w = nullptr, int* h = nullptr) {
+  std::vector<ddColor> decode(const Bytes& blocks, int id) {
     ddStream* s = parse(swf::movie(swf::concat({blocks, swf::showFrame(), swf::end()})));
     ddCharacter* c = ddDictionary_get(s->root, id);
     EXPECT_TRUE(c && c->type == ddCharacterBitmap);
     if (!c || c->type != ddCharacterBitmap) return {};
-    const ddSurface* surface = reinterpret_cast<ddBitmapCharacter*>(c)->surface;
-    if (w) *w = surface->width;
-    if (h) *h = surface->height;
-    return std::vector<ddColor>(surface->pixels,
-                                surface->pixels + size_t(surface->width) * surface->height);
+    const ddSurface* px = reinterpret_cast<ddBitmapCharacter*>(c)->surface;
+    return std::vector<ddColor>(px->pixels, px->pixels + size_t(px->width) * px->height);
   }
 };
 
@@ -56,12 +53,9 @@ TEST_F(BitmapTest, DirectPixelsAreScaledByTheirFirstByteAndEmptyBitmapsRead) {
   const std::vector<ddColor> expected = {word(9, 19, 29, 254), 0, word(100, 50, 25, 127),
                                          word(63, 63, 63, 63)};
   for (int type : {20, 36}) {
-    for (int format : {4, 5}) {  // 15-bit data is read as 32-bit all the same
-      SCOPED_TRACE(testing::Message() << "block " << type << " format " << format);
-      int w = 0, h = 0;
-      EXPECT_EQ(decode(bitmapBlock(type, 3, format, 2, 2, argb), 3, &w, &h), expected);
-      EXPECT_EQ(w * 10 + h, 22);
-    }
+    for (int format : {4, 5})  // 15-bit data is read as 32-bit all the same
+      EXPECT_EQ(decode(bitmapBlock(type, 3, format, 2, 2, argb), 3), expected)
+          << "block " << type << " format " << format;
   }
   // An empty bitmap reads, and so does the block after it.
   for (auto [w, h] : {std::pair{0, 3}, std::pair{3, 0}}) {
@@ -74,23 +68,21 @@ TEST_F(BitmapTest, DirectPixelsAreScaledByTheirFirstByteAndEmptyBitmapsRead) {
 TEST_F(BitmapTest, PaletteRowsArePaddedToFourBytesAndStrayIndicesTakeEntryZero) {
   // Three entries; rows of 3 indices padded with one byte. Index 7 is past the
   // palette; the padding holds 2, which must never show.
-  const Bytes rgbPalette = {255, 0, 0, 0, 255, 0, 0, 0, 255};
   const Bytes rows = {1, 2, 7, 2, 0, 1, 1, 2};
-  const std::vector<ddColor> expected20 = {word(0, 255, 0, 255), word(0, 0, 255, 255),
-                                           word(255, 0, 0, 255), word(255, 0, 0, 255),
-                                           word(0, 255, 0, 255), word(0, 255, 0, 255)};
-  Bytes data20 = rgbPalette;
-  data20.insert(data20.end(), rows.begin(), rows.end());
+  auto data = [&](Bytes palette) {
+    palette.insert(palette.end(), rows.begin(), rows.end());
+    return palette;
+  };
   // Entries of block 20 are opaque and kept exactly as written.
-  EXPECT_EQ(decode(bitmapBlock(20, 4, 3, 3, 2, data20, 3), 4), expected20);
-
+  const ddColor r = word(255, 0, 0, 255), g = word(0, 255, 0, 255), b = word(0, 0, 255, 255);
+  EXPECT_EQ(decode(bitmapBlock(20, 4, 3, 3, 2, data({255, 0, 0, 0, 255, 0, 0, 0, 255}), 3), 4),
+            (std::vector<ddColor>{g, b, r, r, g, g}));
   // Entries of block 36 carry alpha and are premultiplied by it.
-  const Bytes rgbaPalette = {255, 0, 0, 255, 0, 255, 0, 128, 40, 80, 120, 0};
-  Bytes data36 = rgbaPalette;
-  data36.insert(data36.end(), rows.begin(), rows.end());
   const ddColor red = word(254, 0, 0, 254), green = word(0, 127, 0, 127);
-  EXPECT_EQ(decode(bitmapBlock(36, 5, 3, 3, 2, data36, 3), 5),
-            (std::vector<ddColor>{green, 0, red, red, green, green}));
+  EXPECT_EQ(
+      decode(bitmapBlock(36, 5, 3, 3, 2, data({255, 0, 0, 255, 0, 255, 0, 128, 40, 80, 120, 0}), 3),
+             5),
+      (std::vector<ddColor>{green, 0, red, red, green, green}));
 }
 
 // A 640-twip square filled with bitmap `bitmapId` (clipped, 20 twips a pixel)
@@ -112,21 +104,16 @@ TEST_F(BitmapTest, FillsPaintThePremultipliedWordsOrNothingWhenTheBitmapIsAbsent
   // One half-transparent entry, and indices past the palette that fall back to it.
   Bytes data = {200, 100, 50, 128};
   for (int i = 0; i < 16 * 16; i++) data.push_back(i % 3 ? 9 : 0);
-  const ddColor expected = word(100, 50, 25, 127);
-  struct Case {
-    Bytes blocks;
-    ddColor inside;
-  };
-  const Case cases[] = {
-      {swf::concat({bitmapBlock(36, 1, 3, 13, 16, data, 1), bitmapSquare(2, 1)}), expected},
-      {bitmapSquare(2, 1), 0},  // bitmap never defined
-  };
-  for (const Case& c : cases) {
-    ddMovie* movie = open(swf::movie(swf::concat({c.blocks, swf::showFrame(), swf::end()})));
+  // The second movie never defines the bitmap.
+  for (auto [blocks, inside] :
+       {std::pair{swf::concat({bitmapBlock(36, 1, 3, 13, 16, data, 1), bitmapSquare(2, 1)}),
+                  word(100, 50, 25, 127)},
+        std::pair{bitmapSquare(2, 1), ddColor(0)}}) {
+    ddMovie* movie = open(swf::movie(swf::concat({blocks, swf::showFrame(), swf::end()})));
     ddMovie_draw(movie, nullptr, nullptr);
     const ddSurface* s = movie->surface;
-    EXPECT_EQ(s->pixels[5 * s->width + 5], c.inside);
-    EXPECT_EQ(s->pixels[20 * s->width + 20], c.inside);
+    EXPECT_EQ(s->pixels[5 * s->width + 5], inside);
+    EXPECT_EQ(s->pixels[20 * s->width + 20], inside);
     EXPECT_EQ(s->pixels[40 * s->width + 40], 0u);  // outside the square
   }
 }
