@@ -15,10 +15,10 @@ constexpr int kFrames = 10 * 44100;
 
 const std::vector<unsigned char>& song() {
   static const auto bytes = [] {
-    vostan::test::OggSpec spec;
-    spec.frames = kFrames;
-    spec.quality = 0.5f;
-    return vostan::test::makeToneOgg(spec);
+    vostan::test::ToneOgg tone;
+    tone.frames = kFrames;
+    tone.quality = 0.5f;
+    return vostan::test::makeToneOgg(tone);
   }();
   return bytes;
 }

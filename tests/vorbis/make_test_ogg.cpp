@@ -9,9 +9,9 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: %s OUT.ogg\n", argv[0]);
     return 2;
   }
-  vostan::test::OggSpec spec;
-  spec.frames = 22050;
-  const auto bytes = vostan::test::makeToneOgg(spec);
+  vostan::test::ToneOgg tone;
+  tone.frames = 22050;
+  const auto bytes = vostan::test::makeToneOgg(tone);
   std::FILE* f = std::fopen(argv[1], "wb");
   if (!f || std::fwrite(bytes.data(), 1, bytes.size(), f) != bytes.size() || std::fclose(f) != 0) {
     std::perror(argv[1]);

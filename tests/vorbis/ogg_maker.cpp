@@ -25,10 +25,10 @@ void append(std::vector<unsigned char>& out, const ogg_page& page) {
 
 }  // namespace
 
-std::vector<unsigned char> makeToneOgg(const OggSpec& spec) {
+std::vector<unsigned char> makeToneOgg(const ToneOgg& tone) {
   vorbis_info vi;
   vorbis_info_init(&vi);
-  if (vorbis_encode_init_vbr(&vi, spec.channels, spec.rate, spec.quality) != 0)
+  if (vorbis_encode_init_vbr(&vi, tone.channels, tone.rate, tone.quality) != 0)
     throw std::runtime_error("vorbis_encode_init_vbr");
   vorbis_comment vc;
   vorbis_comment_init(&vc);
@@ -52,12 +52,12 @@ std::vector<unsigned char> makeToneOgg(const OggSpec& spec) {
   int64_t frame = 0;
   bool eos = false;
   while (!eos) {
-    const int64_t n = std::min(kChunk, spec.frames - frame);
+    const int64_t n = std::min(kChunk, tone.frames - frame);
     if (n > 0) {
       float** buffer = vorbis_analysis_buffer(&vd, static_cast<int>(n));
-      for (int c = 0; c < spec.channels; ++c)
+      for (int c = 0; c < tone.channels; ++c)
         for (int64_t i = 0; i < n; ++i)
-          buffer[c][i] = toneSample(c, frame + i, spec.rate, spec.amplitude);
+          buffer[c][i] = toneSample(c, frame + i, tone.rate, tone.amplitude);
       vorbis_analysis_wrote(&vd, static_cast<int>(n));
       frame += n;
     } else {

@@ -9,7 +9,7 @@ namespace vostan::test {
 // amplitude, starting at phase 0 on frame 0.
 float toneSample(int channel, int64_t frame, long rate, float amplitude);
 
-struct OggSpec {
+struct ToneOgg {
   int channels = 2;
   long rate = 44100;
   int64_t frames = 44100;
@@ -18,6 +18,6 @@ struct OggSpec {
 };
 
 // The whole file, as a muxer would write it.
-std::vector<unsigned char> makeToneOgg(const OggSpec& spec);
+std::vector<unsigned char> makeToneOgg(const ToneOgg& tone);
 
 }  // namespace vostan::test

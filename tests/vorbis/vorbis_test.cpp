@@ -12,7 +12,7 @@
 using vostan::audio::applyGain;
 using vostan::audio::MemorySource;
 using vostan::test::makeToneOgg;
-using vostan::test::OggSpec;
+using vostan::test::ToneOgg;
 
 namespace {
 
@@ -23,13 +23,13 @@ std::vector<int16_t> decode(MemorySource& src, int first, int end, float gain, i
 }
 
 // Signal to error ratio in dB of one channel against the tone it was made from.
-double snr(const std::vector<int16_t>& pcm, int channel, const OggSpec& spec) {
+double snr(const std::vector<int16_t>& pcm, int channel, const ToneOgg& tone) {
   double signal = 0, error = 0;
-  for (size_t i = 0; i < pcm.size() / spec.channels; ++i) {
+  for (size_t i = 0; i < pcm.size() / tone.channels; ++i) {
     const double want =
-        vostan::test::toneSample(channel, static_cast<int64_t>(i), spec.rate, spec.amplitude) *
+        vostan::test::toneSample(channel, static_cast<int64_t>(i), tone.rate, tone.amplitude) *
         32768.0;
-    const double got = pcm[i * spec.channels + channel];
+    const double got = pcm[i * tone.channels + channel];
     signal += want * want;
     error += (got - want) * (got - want);
   }
@@ -39,17 +39,17 @@ double snr(const std::vector<int16_t>& pcm, int channel, const OggSpec& spec) {
 }  // namespace
 
 TEST(Vorbis, DecodesTheSignalAndAnyRangeEqualsTheSameSpanOfAWholeDecode) {
-  for (const OggSpec& spec : {OggSpec{}, OggSpec{1, 22050, 20000, 0.5f, 0.4f}}) {
-    const auto bytes = makeToneOgg(spec);
+  for (const ToneOgg& tone : {ToneOgg{}, ToneOgg{1, 22050, 20000, 0.5f, 0.4f}}) {
+    const auto bytes = makeToneOgg(tone);
     MemorySource src(bytes.data(), static_cast<uint32_t>(bytes.size()));
     ASSERT_TRUE(src.open());
-    const int ch = spec.channels, frames = static_cast<int>(spec.frames);
+    const int ch = tone.channels, frames = static_cast<int>(tone.frames);
     ASSERT_EQ(src.channels(), ch);
-    EXPECT_EQ(src.rate(), spec.rate);
-    EXPECT_EQ(src.totalFrames(), spec.frames);
+    EXPECT_EQ(src.rate(), tone.rate);
+    EXPECT_EQ(src.totalFrames(), tone.frames);
     const auto whole = decode(src, 0, frames, 1.0f);
     // A swapped channel, a wrong scale or a shift of a few frames falls far below 30 dB.
-    for (int c = 0; c < ch; ++c) EXPECT_GT(snr(whole, c, spec), 30.0) << ch << " channel " << c;
+    for (int c = 0; c < ch; ++c) EXPECT_GT(snr(whole, c, tone), 30.0) << ch << " channel " << c;
 
     // Forwards, backwards, back to back, across block boundaries, up to the last frame.
     const int ranges[][2] = {{15000, 15001}, {10007, 14103}, {14103, 14200},
@@ -75,10 +75,10 @@ TEST(Vorbis, DecodesTheSignalAndAnyRangeEqualsTheSameSpanOfAWholeDecode) {
 }
 
 TEST(Vorbis, GainStepsBy1Over256AndClamps) {
-  OggSpec spec;
-  spec.amplitude = 0.9f;  // twice the gain clips
-  spec.frames = 8000;
-  const auto bytes = makeToneOgg(spec);
+  ToneOgg tone;
+  tone.amplitude = 0.9f;  // twice the gain clips
+  tone.frames = 8000;
+  const auto bytes = makeToneOgg(tone);
   MemorySource src(bytes.data(), static_cast<uint32_t>(bytes.size()));
   ASSERT_TRUE(src.open());
   const auto ref = decode(src, 0, 8000, 1.0f);
@@ -103,12 +103,12 @@ TEST(Vorbis, GainStepsBy1Over256AndClamps) {
 }
 
 TEST(Vorbis, DamagedFilesFailOrStopCleanly) {
-  OggSpec spec;
-  spec.frames = 3 * 44100;  // several audio pages behind the headers
-  const auto good = makeToneOgg(spec);
+  ToneOgg tone;
+  tone.frames = 3 * 44100;  // several audio pages behind the headers
+  const auto good = makeToneOgg(tone);
   MemorySource whole(good.data(), static_cast<uint32_t>(good.size()));
   ASSERT_TRUE(whole.open());
-  const auto ref = decode(whole, 0, static_cast<int>(spec.frames), 1.0f);
+  const auto ref = decode(whole, 0, static_cast<int>(tone.frames), 1.0f);
 
   std::mt19937 rng(7);
   std::vector<unsigned char> noise(5000), wrongCodec(good);
@@ -127,12 +127,12 @@ TEST(Vorbis, DamagedFilesFailOrStopCleanly) {
     MemorySource src(good.data(), static_cast<uint32_t>(cut));
     if (!src.open()) continue;
     const auto frames = static_cast<int>(src.totalFrames());
-    ASSERT_LT(frames, spec.frames);
+    ASSERT_LT(frames, tone.frames);
     if (frames <= 0) continue;
     ++cutsWithAudio;
     const auto pcm = decode(src, 0, frames, 1.0f);
     EXPECT_TRUE(std::equal(pcm.begin(), pcm.end(), ref.begin())) << "cut at " << cut;
-    decode(src, frames / 2, static_cast<int>(spec.frames), 1.5f);
+    decode(src, frames / 2, static_cast<int>(tone.frames), 1.5f);
   }
   EXPECT_GE(cutsWithAudio, 2);
 
@@ -143,7 +143,7 @@ TEST(Vorbis, DamagedFilesFailOrStopCleanly) {
       bytes[bytes.size() / 2 + rng() % (bytes.size() / 2)] ^= 1u << (rng() % 8);
     MemorySource src(bytes.data(), static_cast<uint32_t>(bytes.size()));
     if (!src.open()) continue;
-    const int frames = static_cast<int>(std::clamp<int64_t>(src.totalFrames(), 0, spec.frames));
+    const int frames = static_cast<int>(std::clamp<int64_t>(src.totalFrames(), 0, tone.frames));
     decode(src, frames / 3, frames, 0.5f);
   }
 }
