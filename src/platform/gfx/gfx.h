@@ -268,6 +268,18 @@ struct SurfaceDesc {
   uint32_t width = 0, height = 0;
 };
 
+inline SurfaceDesc surfaceDesc(int32_t format, uint32_t width, uint32_t height, uint32_t usage = 0,
+                               int32_t pool = POOL_DEFAULT, int32_t type = RTYPE_SURFACE) {
+  SurfaceDesc d;
+  d.format = format;
+  d.type = type;
+  d.usage = usage;
+  d.pool = pool;
+  d.width = width;
+  d.height = height;
+  return d;
+}
+
 struct LockedRect {
   int32_t pitch = 0;
   void* bits = nullptr;

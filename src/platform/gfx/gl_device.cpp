@@ -331,22 +331,13 @@ class GLDevice : public StateDevice {
     *out = nullptr;
     if (format != FMT_D24S8) return kNotAvailable;
     makeCurrent();
-    SurfaceDesc d;
-    d.format = format;
-    d.usage = USAGE_DEPTHSTENCIL;
-    d.width = width;
-    d.height = height;
-    *out = new GLDepthSurface(d, window_, context_);
+    *out = new GLDepthSurface(surfaceDesc(format, width, height, USAGE_DEPTHSTENCIL), window_,
+                              context_);
     return OK;
   }
   HRESULT createOffscreenPlainSurface(uint32_t width, uint32_t height, int32_t format, int32_t pool,
                                       Surface** out) override {
-    SurfaceDesc d;
-    d.format = format;
-    d.pool = pool;
-    d.width = width;
-    d.height = height;
-    *out = new MemorySurface(d);
+    *out = new MemorySurface(surfaceDesc(format, width, height, 0, pool));
     return OK;
   }
   HRESULT getRenderTargetData(Surface* target, Surface* destination) override;

@@ -233,14 +233,7 @@ HRESULT createGLTexture(const GLContextRef& context, uint32_t width, uint32_t he
   GLFormat f;
   if (levels != 1 || width == 0 || height == 0 || !glFormatOf(format, usage, f))
     return kNotAvailable;
-  SurfaceDesc d;
-  d.format = format;
-  d.type = RTYPE_TEXTURE;
-  d.usage = usage;
-  d.pool = pool;
-  d.width = width;
-  d.height = height;
-  *out = new GLTexture(d, context, f);
+  *out = new GLTexture(surfaceDesc(format, width, height, usage, pool, RTYPE_TEXTURE), context, f);
   return OK;
 }
 

@@ -271,24 +271,14 @@ HRESULT RecordingDevice::setDepthStencilSurface(Surface* surface) {
 HRESULT RecordingDevice::createDepthStencilSurface(uint32_t width, uint32_t height, int32_t format,
                                                    int32_t, uint32_t, bool, Surface** out) {
   note("CreateDepthStencilSurface(%u,%u,%d)", width, height, format);
-  SurfaceDesc d;
-  d.format = format;
-  d.usage = USAGE_DEPTHSTENCIL;
-  d.width = width;
-  d.height = height;
-  *out = new MemorySurface(d);
+  *out = new MemorySurface(surfaceDesc(format, width, height, USAGE_DEPTHSTENCIL));
   return OK;
 }
 
 HRESULT RecordingDevice::createOffscreenPlainSurface(uint32_t width, uint32_t height,
                                                      int32_t format, int32_t pool, Surface** out) {
   note("CreateOffscreenPlainSurface(%u,%u,%d,%d)", width, height, format, pool);
-  SurfaceDesc d;
-  d.format = format;
-  d.pool = pool;
-  d.width = width;
-  d.height = height;
-  *out = new MemorySurface(d);
+  *out = new MemorySurface(surfaceDesc(format, width, height, 0, pool));
   return OK;
 }
 
@@ -306,14 +296,7 @@ HRESULT RecordingDevice::createTexture(uint32_t width, uint32_t height, uint32_t
                                        uint32_t usage, int32_t format, int32_t pool,
                                        Texture** out) {
   note("CreateTexture(%u,%u,%u,%u,%d,%d)", width, height, levels, usage, format, pool);
-  SurfaceDesc d;
-  d.format = format;
-  d.type = RTYPE_TEXTURE;
-  d.usage = usage;
-  d.pool = pool;
-  d.width = width;
-  d.height = height;
-  *out = new MemoryTexture(d);
+  *out = new MemoryTexture(surfaceDesc(format, width, height, usage, pool, RTYPE_TEXTURE));
   return OK;
 }
 
