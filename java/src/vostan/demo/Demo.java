@@ -87,8 +87,9 @@ public final class Demo {
         long now = WinConsole.n_getTimeMillis() - start;
         scene.draw(WIDTH, HEIGHT, QuadScene.angleAt(now));
         if (movie != null) movie.draw(now, WIDTH, HEIGHT);
-        // A few pictures spread over the run, for a run nobody watches.
-        if (framesDir != null && pictures < 3 && now >= (pictures + 1) * seconds * 250L) {
+        // A few pictures spread over the run, for a run nobody watches; the spacing
+        // avoids multiples of the movie's and the quad's loops, so each shows a new pose.
+        if (framesDir != null && pictures < 3 && now >= (pictures + 1) * seconds * 290L) {
           File png = new File(framesDir, "frame" + (pictures + 1) + ".png");
           if (QuadScene.writeFramePng(png.getPath())) System.out.println("         wrote " + png);
           pictures++;

@@ -51,12 +51,13 @@ final class MovieQuad {
   /** Steps the movie to where `millis` of play time has brought it, then draws it. */
   void draw(long millis, int width, int height) {
     int frame = (int) (millis * movie.frameRate() / 1000) % movie.frameCount();
+    GLGraphics.n_mglBindTexture(texture);
+    // The texture keeps its pixels between frames: upload only when the movie moved.
     if (frame != shown) {
       movie.moveClipFrame(root, frame);
+      movie.drawToTexture(0, 0);
       shown = frame;
     }
-    GLGraphics.n_mglBindTexture(texture);
-    movie.drawToTexture(0, 0);
 
     // Pixel coordinates to clip space, y down.
     java.util.Arrays.fill(matrix, 0.0f);
