@@ -108,6 +108,18 @@ void markGone(ddRectList* dirty, ddInstance* i) {
   }
 }
 
+void unlinkInstance(ddDisplayList* list, ddInstance* i) {
+  if (i->prev)
+    i->prev->next = i->next;
+  else
+    list->head = i->next;
+  if (i->next)
+    i->next->prev = i->prev;
+  else
+    list->tail = i->prev;
+  i->next = i->prev = nullptr;
+}
+
 // A clip off the stage is never drawn again, but Java may still hold its
 // handle and those of the clips below it: their records stay, while the
 // shapes they show, the bulk of their memory, go now. Masks inside the clip
@@ -121,14 +133,7 @@ void releaseShapes(ddClip* clip) {
       releaseShapes(c);
       continue;
     }
-    if (i->prev)
-      i->prev->next = i->next;
-    else
-      list->head = i->next;
-    if (i->next)
-      i->next->prev = i->prev;
-    else
-      list->tail = i->prev;
+    unlinkInstance(list, i);
     i->destroy(i);
   }
   for (ddInstance *i = list->removed, *next; i; i = next) {
@@ -417,15 +422,7 @@ void ddDisplayList_remove(ddDisplayList* list, ddMovie* movie, ddInstance* insta
     for (ddInstance* n = instance->next; n && n->depth < instance->clipDepth; n = n->next)
       ddInstance_setMask(n, nullptr);
   }
-  if (instance->prev)
-    instance->prev->next = instance->next;
-  else
-    list->head = instance->next;
-  if (instance->next)
-    instance->next->prev = instance->prev;
-  else
-    list->tail = instance->prev;
-  instance->next = instance->prev = nullptr;
+  unlinkInstance(list, instance);
   if (ddClip* clip = asClip(instance)) {
     clip->flags |= ddClipRemoved;
     releaseShapes(clip);
