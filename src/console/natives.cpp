@@ -288,12 +288,6 @@ NATIVE(jobjectArray, n_1getDisplayModeList)(JNIEnv* env, jclass cls) {
   return list;
 }
 
-// The graphics device lists its pixel formats; until it is built, the list is empty.
-extern "C" JNIEXPORT __attribute__((weak)) jobjectArray JNICALL
-Java_mirelo_app_win32_WinConsole_n_1getPixelFormatList(JNIEnv*, jclass) {
-  return nullptr;
-}
-
 NATIVE(jboolean, n_1isDisplayAvailable)(JNIEnv*, jclass, jint, jint, jint, jint) {
   return JNI_FALSE;
 }
