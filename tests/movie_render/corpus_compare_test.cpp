@@ -23,14 +23,7 @@ constexpr double kShareSlack = 0.002, kMeanSlack = 0.1;
 TEST(CorpusCompare, PicturesStayAsCloseAsTheBaselineRecords) {
   const std::vector<corpus::Case> cases = corpus::listCases(VOSTAN_SWF_CORPUS);
   if (cases.empty()) GTEST_SKIP() << "no corpus at " << VOSTAN_SWF_CORPUS;
-  std::map<std::string, std::pair<double, double>> baseline;
-  std::ifstream in(VOSTAN_CORPUS_BASELINE);
-  for (std::string line; std::getline(in, line);) {
-    std::istringstream fields(line);
-    std::string key;
-    double share, mean;
-    if (line[0] != '#' && fields >> key >> share >> mean) baseline[key] = {share, mean};
-  }
+  const auto baseline = corpus::readBaseline(VOSTAN_CORPUS_BASELINE);
   const char* out = std::getenv("VOSTAN_CORPUS_OUT");
   const bool rebase = std::getenv("VOSTAN_CORPUS_REBASE") &&
                       std::string(std::getenv("VOSTAN_CORPUS_REBASE")) == "1";

@@ -234,4 +234,16 @@ Comparison compare(const Picture& got, const Picture& expected, int tolerance,
   return c;
 }
 
+std::map<std::string, std::pair<double, double>> readBaseline(const std::string& path) {
+  std::map<std::string, std::pair<double, double>> baseline;
+  std::ifstream in(path);
+  for (std::string line; std::getline(in, line);) {
+    std::istringstream fields(line);
+    std::string key;
+    double share, mean;
+    if (line[0] != '#' && fields >> key >> share >> mean) baseline[key] = {share, mean};
+  }
+  return baseline;
+}
+
 }  // namespace corpus

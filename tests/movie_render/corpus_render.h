@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -56,5 +57,9 @@ struct Comparison {
 // the tolerance.
 Comparison compare(const Picture& got, const Picture& expected, int tolerance,
                    Picture* difference = nullptr);
+
+// The kept baseline: "movie/picture" to (share within the tolerance, mean
+// absolute error); lines starting with '#' are comments. Empty when absent.
+std::map<std::string, std::pair<double, double>> readBaseline(const std::string& path);
 
 }  // namespace corpus

@@ -157,14 +157,7 @@ TEST_F(ExporterTest, BadInputFailsWithAMessage) {
 TEST_F(ExporterTest, CorpusMoviesThroughTheExporter) {
   std::vector<corpus::Case> cases = corpus::listCases(VOSTAN_SWF_CORPUS);
   if (cases.empty()) GTEST_SKIP() << "no corpus at " << VOSTAN_SWF_CORPUS;
-  std::map<std::string, std::pair<double, double>> baseline;
-  std::ifstream in(VOSTAN_CORPUS_BASELINE);
-  for (std::string line; std::getline(in, line);) {
-    std::istringstream fields(line);
-    std::string key;
-    double share, mean;
-    if (line[0] != '#' && fields >> key >> share >> mean) baseline[key] = {share, mean};
-  }
+  const auto baseline = corpus::readBaseline(VOSTAN_CORPUS_BASELINE);
   int supported = 0;
   for (const corpus::Case& c : cases) {
     const std::string key = c.movie + "/" + c.name;
