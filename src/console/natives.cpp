@@ -5,6 +5,7 @@
 #include "console/java_events.h"
 #include "console/keyboard.h"
 #include "console/win_console.h"
+#include "controller/scan_natives.h"
 #include "graphics/d3d_graphics.h"
 #include "platform/low_memory.h"
 #include "platform/win32_defs.h"
@@ -313,7 +314,6 @@ NATIVE(jint, n_1getInlineWebParam)(JNIEnv*, jclass, jint) {
 }
 NATIVE(void, n_1setInlineWebParam)(JNIEnv*, jclass, jint, jint) {}
 
-// Game controllers: not built yet.
-NATIVE(jobjectArray, n_1scanControllers)(JNIEnv*, jclass) {
-  return nullptr;
+NATIVE(jobjectArray, n_1scanControllers)(JNIEnv* env, jclass cls) {
+  return vostan::controller::scanForJava(env, cls);
 }
