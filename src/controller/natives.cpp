@@ -50,8 +50,8 @@ NATIVE(jboolean, n_1hasForceFeedback)(JNIEnv*, jobject, jlong handle) {
   return c && c->numForceAxes != 0 ? JNI_TRUE : JNI_FALSE;
 }
 
-NATIVE(jboolean, n_1setForceFeedback)(JNIEnv*, jobject, jlong handle, jfloat x, jfloat y,
-                                      jint duration) {
+NATIVE(jboolean, n_1setForceFeedback)
+(JNIEnv*, jobject, jlong handle, jfloat x, jfloat y, jint duration) {
   return vostan::controller::setForceFeedback(fromHandle(handle), x, y, duration) ? JNI_TRUE
-                                                                                    : JNI_FALSE;
+                                                                                  : JNI_FALSE;
 }

@@ -65,8 +65,8 @@ class FakeDevice final : public ControllerDevice {
 }  // namespace
 
 FakeControllerSystem::Device& FakeControllerSystem::addDevice(const std::string& name, int axes,
-                                                             int buttons, int hats,
-                                                             int actuators) {
+                                                              int buttons, int hats,
+                                                              int actuators) {
   Device d;
   d.name = name;
   for (int i = 0; i < axes; i++) {

@@ -100,7 +100,8 @@ class SdlControllerDevice final : public ControllerDevice {
         out.sliders[sliders++] = v;
     }
     int hats = SDL_JoystickNumHats(joystick_);
-    for (int i = 0; i < hats && i < 4; i++) out.hats[i] = hatAngle(SDL_JoystickGetHat(joystick_, i));
+    for (int i = 0; i < hats && i < 4; i++)
+      out.hats[i] = hatAngle(SDL_JoystickGetHat(joystick_, i));
     int buttons = SDL_JoystickNumButtons(joystick_);
     for (int i = 0; i < buttons && i < 128; i++)
       out.buttons[i] = SDL_JoystickGetButton(joystick_, i) ? 0x80 : 0;

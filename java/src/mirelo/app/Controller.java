@@ -1,16 +1,101 @@
 package mirelo.app;
 
-/** A game controller found by the console's scan. */
+/**
+ * A joystick or game pad found by {@link mirelo.app.win32.WinConsole#n_scanControllers()}.
+ *
+ * <p>Call {@link #poll()} once a frame; the other readers then answer from the state that poll
+ * read. Axis values run from -1 to 1. A controller lives until the next scan: a scan replaces
+ * every controller, and an object from an earlier scan reads as nothing (no axes, no buttons,
+ * values 0). A device unplugged between polls keeps its last values.
+ */
 public class Controller {
+  /** The device's product name. */
   protected final String name;
+
+  /** The native controller this object stands for. */
   protected final long handle;
 
+  /**
+   * Made by the console's scan.
+   *
+   * @param name the device's product name
+   * @param handle the native controller
+   */
   public Controller(String name, long handle) {
     this.name = name;
     this.handle = handle;
   }
 
-  public String getName() { return name; }
+  /** @return the device's product name */
+  public String getName() {
+    return name;
+  }
+
+  /** Reads the device's state, and sends a changed force; call once a frame. */
+  public void poll() {
+    n_poll(handle);
+  }
+
+  /** @return how many axes the device has */
+  public int getNumAxes() {
+    return n_getNumAxes(handle);
+  }
+
+  /**
+   * @param axis 0 to 5: X, Y, Z, rotation X, rotation Y, rotation Z
+   * @return the axis at the last poll, -1 to 1; 0 for any other axis
+   */
+  public float getAxesValue(int axis) {
+    return n_getAxesValue(handle, axis);
+  }
+
+  /** @return how many buttons the device has */
+  public int getNumButtons() {
+    return n_getNumButtons(handle);
+  }
+
+  /**
+   * @param index 0 to {@link #getNumButtons()} - 1
+   * @return whether the button was down at the last poll; false outside the range
+   */
+  public boolean isButtonPressed(int index) {
+    return n_isButtonPressed(handle, index);
+  }
+
+  /** @return 0: hat switches are not delivered */
+  public int getNumHatSwitches() {
+    return n_getNumHatSwitches(handle);
+  }
+
+  /**
+   * @param hat the hat switch
+   * @return 0: hat switches are not delivered
+   */
+  public float getHatSwitchValue(int hat) {
+    return n_getHatSwitchValue(handle, hat);
+  }
+
+  /** @return whether the device can push back */
+  public boolean hasForceFeedback() {
+    return n_hasForceFeedback(handle);
+  }
+
+  /**
+   * Asks for a constant force, sent to the device at the next poll. (0, 0) stops it.
+   *
+   * @param x force along X, -1 to 1 (clamped)
+   * @param y force along Y, -1 to 1 (clamped)
+   * @param duration milliseconds until the force stops at a poll; 0 or less for no end
+   * @return false only for a controller that is gone
+   */
+  public boolean setForceFeedback(float x, float y, int duration) {
+    return n_setForceFeedback(handle, x, y, duration);
+  }
+
+  /** Nothing to give back: controllers live until the next scan. */
+  public void dispose() {
+    n_dispose(handle);
+  }
 
   native void n_dispose(long handle);
 

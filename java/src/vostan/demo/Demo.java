@@ -10,7 +10,8 @@ import mirelo.mwt.event.MouseEvent;
  * The engine's demo: opens the game window and runs a game's main loop in it. Each frame it pumps
  * the window's events and prints them, draws a rotating quad scene with the build's movie playing
  * on a textured quad, and swaps. A mouse press plays a click panned to where it happened, over
- * the song the build synthesised, and names the movie clip under the pointer.
+ * the song the build synthesised, and names the movie clip under the pointer. The first game
+ * controller's stick moves the quad and its buttons play the click.
  *
  * <p>System properties: vostan.song and vostan.movie (the build's files), vostan.frames (a folder
  * that receives PNG pictures of a few frames).
@@ -45,6 +46,7 @@ public final class Demo {
     System.out.println(audio == null ? "no sound device" : "sound device open");
     if (audio != null) ClickSound.init(audio);
     BackgroundSong song = null;
+    Pads pads = Pads.scan();
 
     final int start = WinConsole.n_getTimeMillis();
     int frames = 0;
@@ -83,6 +85,11 @@ public final class Demo {
           }
         }
       }
+      if (pads.poll() && audio != null) {
+        boolean played = ClickSound.play(0.5f);
+        System.out.println("         controller button: click " + (played ? "playing" : "not played"));
+      }
+      if (scene != null) scene.setOffset(pads.x() * 0.5f, -pads.y() * 0.5f);
       if (graphics && WinConsole.n_makeCurrent()) {
         long now = WinConsole.n_getTimeMillis() - start;
         scene.draw(WIDTH, HEIGHT, QuadScene.angleAt(now));

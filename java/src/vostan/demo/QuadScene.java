@@ -14,6 +14,8 @@ public final class QuadScene {
   private static final int GL_QUADS = 7;
 
   private final float[] matrix = new float[16];
+  private float offsetX;
+  private float offsetY;
 
   /** Writes the back buffer as it stands (before the swap) to a PNG file. */
   public static native boolean writeFramePng(String path);
@@ -21,6 +23,12 @@ public final class QuadScene {
   /** The rotation of the quad after `millis` of running time. */
   public static float angleAt(long millis) {
     return (float) ((millis % 4000L) * (2.0 * Math.PI / 4000.0));
+  }
+
+  /** Moves the quad by this much from the middle, in the floor's units. */
+  public void setOffset(float x, float y) {
+    offsetX = x;
+    offsetY = y;
   }
 
   /** Draws one frame on a client area of `width` by `height` with the quad turned by `angle`. */
@@ -52,6 +60,9 @@ public final class QuadScene {
     GLGraphics.n_mglEnd();
 
     setTransform(1.0f / aspect, angle, 0.5f);
+    matrix[12] = offsetX / aspect;
+    matrix[13] = offsetY;
+    GLGraphics.n_mglSetMatrix(0, matrix);
     GLGraphics.n_mglBegin(GL_QUADS);
     GLGraphics.n_mglColor3f(1, 0, 0);
     GLGraphics.n_mglT2fV2f(0, 0, -1, -1);
