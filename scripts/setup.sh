@@ -11,7 +11,7 @@ PACKAGES=(
   libgl-dev libegl-dev libgl1-mesa-dri mesa-utils
   zlib1g-dev libpng-dev libcairo2-dev
   libopenal-dev libvorbis-dev libogg-dev
-  libfreetype-dev libfontconfig-dev fonts-dejavu-core
+  libfreetype-dev libfontconfig-dev fonts-dejavu-core fonts-wqy-microhei
 )
 missing=()
 for p in "${PACKAGES[@]}"; do
