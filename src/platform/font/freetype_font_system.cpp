@@ -3,6 +3,7 @@
 #include <fontconfig/fontconfig.h>
 #include <ft2build.h>
 #include FT_FREETYPE_H
+#include FT_OUTLINE_H
 #include FT_SYNTHESIS_H
 #include FT_TRUETYPE_TABLES_H
 
@@ -68,6 +69,12 @@ bool setHeight(FT_Face face, int32_t requested) {
   return FT_Select_Size(face, best) == 0;
 }
 
+// What a sane font measures at most, in pixels: a damaged file's numbers must
+// not make a canvas of gigabytes.
+int32_t largestExtent(FT_Face face) {
+  return 4 * int32_t{face->size->metrics.y_ppem} + 16;
+}
+
 FontLineMetrics lineMetricsOf(FT_Face face) {
   FontLineMetrics m;
   const FT_Size_Metrics& s = face->size->metrics;
@@ -84,9 +91,10 @@ FontLineMetrics lineMetricsOf(FT_Face face) {
     m.descent = static_cast<int32_t>((-s.descender + 63) >> 6);
     m.maxCharWidth = static_cast<int32_t>((s.max_advance + 63) >> 6);
   }
-  m.ascent = std::max(m.ascent, 0);
-  m.descent = std::max(m.descent, 0);
-  m.maxCharWidth = std::max(m.maxCharWidth, 0);
+  const int32_t largest = largestExtent(face);
+  m.ascent = std::clamp(m.ascent, 0, largest);
+  m.descent = std::clamp(m.descent, 0, largest);
+  m.maxCharWidth = std::clamp(m.maxCharWidth, 0, largest);
   m.height = m.ascent + m.descent;
   return m;
 }
@@ -110,6 +118,14 @@ class FreeTypeFace final : public FontFace {
     if (FT_Load_Char(face_, c, FT_LOAD_DEFAULT | (mono ? FT_LOAD_TARGET_MONO : 0))) return -1;
     FT_GlyphSlot slot = face_->glyph;
     if (embolden_) FT_GlyphSlot_Embolden(slot);
+    if (slot->format == FT_GLYPH_FORMAT_OUTLINE) {
+      // A glyph far larger than the font's size comes from a damaged file.
+      FT_BBox cbox;
+      FT_Outline_Get_CBox(&slot->outline, &cbox);
+      const int64_t largest = int64_t{largestExtent(face_)} << 6;
+      if (int64_t{cbox.xMax} - cbox.xMin > largest || int64_t{cbox.yMax} - cbox.yMin > largest)
+        return -1;
+    }
     if (slot->format != FT_GLYPH_FORMAT_BITMAP &&
         FT_Render_Glyph(slot, mono ? FT_RENDER_MODE_MONO : FT_RENDER_MODE_NORMAL))
       return -1;
