@@ -53,8 +53,8 @@ std::string utf8(JNIEnv* env, jstring s) {
   size_t length = 0;
   while (wide[length]) length++;
   std::string bytes(length * 3, '\0');
-  bytes.resize(vostan::platform::wideToMultiByte(kUtf8, wide.get(), length, bytes.data(),
-                                                 bytes.size()));
+  bytes.resize(
+      vostan::platform::wideToMultiByte(kUtf8, wide.get(), length, bytes.data(), bytes.size()));
   return bytes;
 }
 
@@ -108,8 +108,8 @@ FieldIds<8> characterFields{
 void uploadToEntry(void* context, int32_t x, int32_t y, int32_t width, int32_t height,
                    const void* rgba) {
   vostan::D3DGraphics& g = *vostan::theConsole->graphics;
-  vostan::updateTexture(static_cast<vostan::TextureEntry*>(context), g.device, kTexture2D, 0, x,
-                        y, width, height, kRGBA, kUnsignedByte, rgba);
+  vostan::updateTexture(static_cast<vostan::TextureEntry*>(context), g.device, kTexture2D, 0, x, y,
+                        width, height, kRGBA, kUnsignedByte, rgba);
 }
 
 vostan::font::TextureTarget boundTarget() {
@@ -202,8 +202,8 @@ NATIVE(void, n_1initCharacter)(JNIEnv* env, jobject, jlong handle, jchar charact
 }
 
 NATIVE(void, n_1createCache)
-(JNIEnv* env, jobject, jlong handle, jchar character, jint x, jint y, jint width, jint height,
- jint, jint, jint, jboolean useAlt) {
+(JNIEnv* env, jobject, jlong handle, jchar character, jint x, jint y, jint width, jint height, jint,
+ jint, jint, jboolean useAlt) {
   try {
     if (SystemFont* font = liveFont(handle))
       font->createCache(character, x, y, width, height, useAlt, boundTarget());

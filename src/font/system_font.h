@@ -38,7 +38,7 @@ struct TextureTarget {
 struct Canvas {
   std::vector<uint8_t> glyphs;
   std::vector<uint32_t> pixels;
-  std::vector<uint32_t> haloSource;
+  std::vector<uint32_t> haloSums;
 };
 
 class SystemFont {
@@ -70,7 +70,9 @@ class SystemFont {
 };
 
 // The halo of outlined fonts, in place over `width` by `height` pixels with
-// alpha in the top byte; `source` is scratch space of the same size.
-void drawHalo(uint32_t* pixels, uint32_t* source, int32_t width, int32_t height);
+// alpha in the top byte; `sums` is scratch space of (width + kHaloMargin)
+// times (height + kHaloMargin).
+constexpr int32_t kHaloMargin = 7;
+void drawHalo(uint32_t* pixels, uint32_t* sums, int32_t width, int32_t height);
 
 }  // namespace vostan::font

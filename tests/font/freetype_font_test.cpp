@@ -192,8 +192,8 @@ TEST(FreeTypeFont, MissingFamiliesAreNotSubstituted) {
 // Writes bytes to a fresh file and gives its path.
 std::string writeFile(const std::string& name, const std::vector<uint8_t>& bytes) {
   const std::string path = testing::TempDir() + name;
-  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                              std::streamsize(bytes.size()));
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
   return path;
 }
 

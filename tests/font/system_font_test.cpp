@@ -178,7 +178,7 @@ TEST_F(SystemFontTest, OutlinedMetricsMakeRoomForTheHalo) {
 
 TEST_F(SystemFontTest, HaloIsAShiftedLightBodyOnADarkEdge) {
   // One opaque pixel at (1, 1) of an 8 by 8 image.
-  std::vector<uint32_t> pixels(64, kClear), scratch(64);
+  std::vector<uint32_t> pixels(64, kClear), scratch(15 * 15);
   pixels[9] = 0xFFFFFFFF;
   drawHalo(pixels.data(), scratch.data(), 8, 8);
   for (int y = 0; y < 8; y++)
@@ -223,7 +223,8 @@ TEST_F(SystemFontTest, RequestsThatDrawNothing) {
   font->createCache(u'A', -1, 0, 8, 4, false, target);
   font->createCache(u'A', 0, 0, 8, 4, false, TextureTarget{});  // nothing bound
   EXPECT_TRUE(capture.uploads.empty());
-  EXPECT_EQ(std::u16string(fonts.drawn.begin(), fonts.drawn.end()), u"AAA") << "measured only when it could be drawn";
+  EXPECT_EQ(std::u16string(fonts.drawn.begin(), fonts.drawn.end()), u"AAA")
+      << "measured only when it could be drawn";
 
   // A family that is not there: nothing measured, nothing drawn.
   auto missing = make("Nowhere", kAntiAliased);

@@ -8,6 +8,7 @@
 #include FT_TRUETYPE_TABLES_H
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <fstream>
 
@@ -24,6 +25,13 @@ constexpr int32_t kDefaultCellHeight = 16;
 constexpr int64_t kLargestEm = 1024;
 // A font file larger than this is refused rather than read whole.
 constexpr std::streamoff kLargestFile = 256 << 20;
+
+// FreeType's 256 coverage levels in the 65 of a Windows gray glyph.
+constexpr auto kLevels = [] {
+  std::array<uint8_t, 256> levels{};
+  for (int v = 0; v < 256; v++) levels[v] = static_cast<uint8_t>((v * 64 + 127) / 255);
+  return levels;
+}();
 
 bool sameFamily(const std::string& a, const char* b) {
   if (!b || a.size() != std::strlen(b)) return false;
@@ -85,7 +93,8 @@ FontLineMetrics lineMetricsOf(FT_Face face) {
     const FT_Long descent = win ? FT_Long{os2->usWinDescent} : -face->descender;
     m.ascent = static_cast<int32_t>((FT_MulFix(ascent, s.y_scale) + 32) >> 6);
     m.descent = static_cast<int32_t>((FT_MulFix(descent, s.y_scale) + 32) >> 6);
-    m.maxCharWidth = static_cast<int32_t>((FT_MulFix(face->max_advance_width, s.x_scale) + 63) >> 6);
+    m.maxCharWidth =
+        static_cast<int32_t>((FT_MulFix(face->max_advance_width, s.x_scale) + 63) >> 6);
   } else {
     m.ascent = static_cast<int32_t>((s.ascender + 63) >> 6);
     m.descent = static_cast<int32_t>((-s.descender + 63) >> 6);
@@ -102,7 +111,10 @@ FontLineMetrics lineMetricsOf(FT_Face face) {
 class FreeTypeFace final : public FontFace {
  public:
   FreeTypeFace(Library library, Bytes bytes, FT_Face face, bool embolden)
-      : library_(std::move(library)), bytes_(std::move(bytes)), face_(face), embolden_(embolden),
+      : library_(std::move(library)),
+        bytes_(std::move(bytes)),
+        face_(face),
+        embolden_(embolden),
         metrics_(lineMetricsOf(face)) {}
   ~FreeTypeFace() override { FT_Done_Face(face_); }
 
@@ -112,10 +124,12 @@ class FreeTypeFace final : public FontFace {
   uint32_t missingGlyph() const override { return 0; }
 
   int32_t glyph(char16_t c, GlyphFormat format, GlyphBox& box, uint8_t* buffer,
-                uint32_t size) override {
-    box = GlyphBox{};
-    const bool mono = format == GlyphFormat::bitmap;
-    if (FT_Load_Char(face_, c, FT_LOAD_DEFAULT | (mono ? FT_LOAD_TARGET_MONO : 0))) return -1;
+                uint32_t size) override;
+
+ private:
+  bool render(char16_t c, bool mono) {
+    renderedChar_ = -1;
+    if (FT_Load_Char(face_, c, FT_LOAD_DEFAULT | (mono ? FT_LOAD_TARGET_MONO : 0))) return false;
     FT_GlyphSlot slot = face_->glyph;
     if (embolden_) FT_GlyphSlot_Embolden(slot);
     if (slot->format == FT_GLYPH_FORMAT_OUTLINE) {
@@ -124,53 +138,71 @@ class FreeTypeFace final : public FontFace {
       FT_Outline_Get_CBox(&slot->outline, &cbox);
       const int64_t largest = int64_t{largestExtent(face_)} << 6;
       if (int64_t{cbox.xMax} - cbox.xMin > largest || int64_t{cbox.yMax} - cbox.yMin > largest)
-        return -1;
+        return false;
     }
     if (slot->format != FT_GLYPH_FORMAT_BITMAP &&
         FT_Render_Glyph(slot, mono ? FT_RENDER_MODE_MONO : FT_RENDER_MODE_NORMAL))
-      return -1;
-    const FT_Bitmap& bm = slot->bitmap;
-    if (bm.pixel_mode != FT_PIXEL_MODE_GRAY && bm.pixel_mode != FT_PIXEL_MODE_MONO) return -1;
-    box.blackBoxX = bm.width;
-    box.blackBoxY = bm.rows;
-    box.originX = slot->bitmap_left;
-    box.originY = slot->bitmap_top;
-    box.cellIncX = static_cast<int32_t>((slot->advance.x + 32) >> 6);
-
-    const uint64_t pitch = mono ? (uint64_t{bm.width} + 31) / 32 * 4 : (uint64_t{bm.width} + 3) & ~3u;
-    const uint64_t needed = pitch * bm.rows;
-    if (needed > INT32_MAX) return -1;
-    if (!buffer) return static_cast<int32_t>(needed);
-    if (needed > size) return -1;
-    std::memset(buffer, 0, needed);
-    const bool grayIn = bm.pixel_mode == FT_PIXEL_MODE_GRAY;
-    const int maxLevel = std::max<int>(bm.num_grays - 1, 1);
-    for (uint32_t r = 0; r < bm.rows; r++) {
-      const uint8_t* src =
-          bm.pitch >= 0 ? bm.buffer + size_t{r} * bm.pitch : bm.buffer + size_t{bm.rows - 1 - r} * -bm.pitch;
-      uint8_t* dst = buffer + r * pitch;
-      if (mono && !grayIn) {
-        std::memcpy(dst, src, (bm.width + 7) / 8);
-        continue;
-      }
-      for (uint32_t x = 0; x < bm.width; x++) {
-        const int v = grayIn ? src[x] : ((src[x >> 3] >> (7 - (x & 7))) & 1) * maxLevel;
-        if (mono)
-          dst[x >> 3] |= static_cast<uint8_t>((v * 2 >= maxLevel ? 1 : 0) << (7 - (x & 7)));
-        else
-          dst[x] = static_cast<uint8_t>((v * 64 + maxLevel / 2) / maxLevel);
-      }
-    }
-    return static_cast<int32_t>(needed);
+      return false;
+    renderedChar_ = c;
+    renderedFormat_ = mono ? GlyphFormat::bitmap : GlyphFormat::gray;
+    return true;
   }
 
- private:
   Library library_;
   Bytes bytes_;  // the memory a face opened from bytes reads
   FT_Face face_;
   bool embolden_;
   FontLineMetrics metrics_;
+  int32_t renderedChar_ = -1;  // what the slot holds
+  GlyphFormat renderedFormat_ = GlyphFormat::gray;
 };
+
+int32_t FreeTypeFace::glyph(char16_t c, GlyphFormat format, GlyphBox& box, uint8_t* buffer,
+                            uint32_t size) {
+  box = GlyphBox{};
+  const bool mono = format == GlyphFormat::bitmap;
+  // Java measures a character and then draws it: the second call finds the
+  // glyph still in the face's slot.
+  if (!(renderedChar_ == c && renderedFormat_ == format) && !render(c, mono)) return -1;
+  FT_GlyphSlot slot = face_->glyph;
+  const FT_Bitmap& bm = slot->bitmap;
+  if (bm.pixel_mode != FT_PIXEL_MODE_GRAY && bm.pixel_mode != FT_PIXEL_MODE_MONO) return -1;
+  box.blackBoxX = bm.width;
+  box.blackBoxY = bm.rows;
+  box.originX = slot->bitmap_left;
+  box.originY = slot->bitmap_top;
+  box.cellIncX = static_cast<int32_t>((slot->advance.x + 32) >> 6);
+
+  const uint64_t pitch = mono ? (uint64_t{bm.width} + 31) / 32 * 4 : (uint64_t{bm.width} + 3) & ~3u;
+  const uint64_t needed = pitch * bm.rows;
+  if (needed > INT32_MAX) return -1;
+  if (!buffer) return static_cast<int32_t>(needed);
+  if (needed > size) return -1;
+  std::memset(buffer, 0, needed);
+  const bool grayIn = bm.pixel_mode == FT_PIXEL_MODE_GRAY;
+  const int maxLevel = std::max<int>(bm.num_grays - 1, 1);
+  for (uint32_t r = 0; r < bm.rows; r++) {
+    const uint8_t* src = bm.pitch >= 0 ? bm.buffer + size_t{r} * bm.pitch
+                                       : bm.buffer + size_t{bm.rows - 1 - r} * -bm.pitch;
+    uint8_t* dst = buffer + r * pitch;
+    if (mono && !grayIn) {
+      std::memcpy(dst, src, (bm.width + 7) / 8);
+      continue;
+    }
+    if (!mono && grayIn && maxLevel == 255) {
+      for (uint32_t x = 0; x < bm.width; x++) dst[x] = kLevels[src[x]];
+      continue;
+    }
+    for (uint32_t x = 0; x < bm.width; x++) {
+      const int v = grayIn ? src[x] : ((src[x >> 3] >> (7 - (x & 7))) & 1) * maxLevel;
+      if (mono)
+        dst[x >> 3] |= static_cast<uint8_t>((v * 2 >= maxLevel ? 1 : 0) << (7 - (x & 7)));
+      else
+        dst[x] = static_cast<uint8_t>((v * 64 + maxLevel / 2) / maxLevel);
+    }
+  }
+  return static_cast<int32_t>(needed);
+}
 
 struct AddedFace {
   std::string family;
@@ -230,7 +262,8 @@ std::unique_ptr<FontFace> openInstalled(const Library& library, const FontReques
   FT_Face face = nullptr;
   if (named && FcPatternGetString(match, FC_FILE, 0, &file) == FcResultMatch) {
     FcPatternGetInteger(match, FC_INDEX, 0, &index);
-    if (FT_New_Face(library.get(), reinterpret_cast<const char*>(file), index, &face)) face = nullptr;
+    if (FT_New_Face(library.get(), reinterpret_cast<const char*>(file), index, &face))
+      face = nullptr;
   }
   FcPatternDestroy(match);
   return face ? makeFace(library, nullptr, face, request) : nullptr;
