@@ -9,9 +9,10 @@ import mirelo.mwt.event.MouseEvent;
 /**
  * The engine's demo: opens the game window and runs a game's main loop in it. Each frame it pumps
  * the window's events and prints them, draws a rotating quad scene with the build's movie playing
- * on a textured quad, and swaps. A mouse press plays a click panned to where it happened, over
- * the song the build synthesised, and names the movie clip under the pointer. The first game
- * controller's stick moves the quad and its buttons play the click.
+ * on a textured quad, writes a frame counter and the last events in a system font, and swaps. A
+ * mouse press plays a click panned to where it happened, over the song the build synthesised,
+ * and names the movie clip under the pointer. The first game controller's stick moves the quad
+ * and its buttons play the click.
  *
  * <p>System properties: vostan.song and vostan.movie (the build's files), vostan.frames (a folder
  * that receives PNG pictures of a few frames).
@@ -40,6 +41,7 @@ public final class Demo {
     QuadScene scene = graphics ? new QuadScene() : null;
     MovieQuad movie = graphics ? MovieQuad.open(System.getProperty("vostan.movie")) : null;
     if (movie != null) System.out.println(movie.describe());
+    TextOverlay text = graphics ? TextOverlay.open("DejaVu Sans") : null;
 
     AudioManagerWin32 audio = new AudioManagerWin32();
     if (!audio.init()) audio = null;
@@ -60,6 +62,7 @@ public final class Demo {
         int t = WinConsole.n_getTimeMillis() - start;
         System.out.printf("%6d ms  %s%n", t, e);
         events++;
+        if (text != null) text.event(e);
         if (e instanceof ApplicationEvent) {
           int id = ((ApplicationEvent) e).getID();
           if (id == ApplicationEvent.CLOSE_REQUESTED) {
@@ -94,6 +97,7 @@ public final class Demo {
         long now = WinConsole.n_getTimeMillis() - start;
         scene.draw(WIDTH, HEIGHT, QuadScene.angleAt(now));
         if (movie != null) movie.draw(now, WIDTH, HEIGHT);
+        if (text != null) text.draw(frames, now, WIDTH, HEIGHT);
         // A few pictures spread over the run, for a run nobody watches; the spacing
         // avoids multiples of the movie's and the quad's loops, so each shows a new pose.
         if (framesDir != null && pictures < 3 && now >= (pictures + 1) * seconds * 290L) {
