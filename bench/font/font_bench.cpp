@@ -3,7 +3,6 @@
 // same glyphs, font and size, in one run. Prints the ratio of glyph rates at
 // the end (above 1: cells faster).
 #include <benchmark/benchmark.h>
-#include <fontconfig/fontconfig.h>
 #include <ft2build.h>
 #include FT_FREETYPE_H
 
@@ -13,6 +12,7 @@
 
 #include "font/system_font.h"
 #include "platform/font/freetype_font_system.h"
+#include "ratio_reporter.h"
 
 namespace {
 
@@ -22,19 +22,7 @@ const char* kFamily = "DejaVu Sans";
 const std::u16string kGlyphs = u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
 
 std::string fileOf(const char* family) {
-  FcInit();
-  FcPattern* p = FcNameParse(reinterpret_cast<const FcChar8*>(family));
-  FcConfigSubstitute(nullptr, p, FcMatchPattern);
-  FcDefaultSubstitute(p);
-  FcResult result;
-  FcPattern* m = FcFontMatch(nullptr, p, &result);
-  FcChar8* file = nullptr;
-  std::string path;
-  if (m && FcPatternGetString(m, FC_FILE, 0, &file) == FcResultMatch)
-    path = reinterpret_cast<const char*>(file);
-  if (m) FcPatternDestroy(m);
-  FcPatternDestroy(p);
-  return path;
+  return vostan::platform::FreeTypeFontSystem::installedFile(family);
 }
 
 void BM_Cells(benchmark::State& state) {
@@ -83,23 +71,11 @@ void BM_FreeTypeRender(benchmark::State& state) {
 BENCHMARK(BM_Cells)->Args({16, 0})->Args({32, 0})->Args({32, vostan::font::kOutlined});
 BENCHMARK(BM_FreeTypeRender)->Arg(16)->Arg(32);
 
-// Keeps the CPU time per iteration of each run for the ratios.
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  std::map<std::string, double> perIteration;
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& r : runs)
-      if (r.iterations > 0 && r.run_type == Run::RT_Iteration)
-        perIteration[r.benchmark_name()] = r.GetAdjustedCPUTime();
-    ConsoleReporter::ReportRuns(runs);
-  }
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
-  RatioReporter reporter;
+  vostan::bench::RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   std::printf("\nglyphs/s into cells over FreeType's FT_Render_Glyph (goal >= 0.5)\n");
   for (const auto& [cells, plain] : {std::pair{"BM_Cells/16/0", "BM_FreeTypeRender/16"},

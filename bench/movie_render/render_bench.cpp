@@ -16,6 +16,7 @@
 #include "corpus_render.h"
 #include "movie/dd_movie.h"
 #include "movie/render/dd_render.h"
+#include "ratio_reporter.h"
 
 namespace {
 
@@ -264,24 +265,11 @@ BENCHMARK(BM_Cairo)->Arg(16)->Arg(64)->Arg(256)->Arg(1024);
 BENCHMARK(BM_CorpusFrame)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_CorpusFrameCairo)->Unit(benchmark::kMillisecond);
 
-// Keeps the CPU time per iteration of every run, to print the ratios: on a
-// shared machine it varies less than the wall clock.
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  std::map<std::string, double> perIteration;
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& r : runs)
-      if (r.iterations > 0 && r.run_type == Run::RT_Iteration)
-        perIteration[r.benchmark_name()] = r.GetAdjustedCPUTime();
-    ConsoleReporter::ReportRuns(runs);
-  }
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
-  RatioReporter reporter;
+  vostan::bench::RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   std::printf("\nsize   vostan/cairo time (below 1: vostan faster)\n");
   for (int size : {16, 64, 256, 1024}) {

@@ -1,7 +1,6 @@
 // Fonts found and drawn through FreeType and fontconfig, checked against
 // FreeType called directly on the same font file and size: line and glyph
 // metrics, cell pixels, the CJK alternate, missing families, added files.
-#include <fontconfig/fontconfig.h>
 #include <ft2build.h>
 #include FT_FREETYPE_H
 #include FT_TRUETYPE_TABLES_H
@@ -25,20 +24,8 @@ using test::Capture;
 constexpr const char* kLatin = "DejaVu Sans";
 constexpr const char* kCjk = "WenQuanYi Micro Hei";
 
-// The installed file of a family, asked of fontconfig here and now.
 std::string fileOf(const char* family) {
-  FcInit();
-  FcPattern* p = FcNameParse(reinterpret_cast<const FcChar8*>(family));
-  FcConfigSubstitute(nullptr, p, FcMatchPattern);
-  FcDefaultSubstitute(p);
-  FcResult result;
-  FcPattern* m = FcFontMatch(nullptr, p, &result);
-  FcChar8* file = nullptr;
-  std::string path;
-  if (m && FcPatternGetString(m, FC_FILE, 0, &file) == FcResultMatch) path = (const char*)file;
-  if (m) FcPatternDestroy(m);
-  FcPatternDestroy(p);
-  return path;
+  return vostan::platform::FreeTypeFontSystem::installedFile(family);
 }
 
 // FreeType on its own, at an em height in pixels.
@@ -179,6 +166,7 @@ TEST(FreeTypeFont, MissingFamiliesAreNotSubstituted) {
   FreeTypeFontSystem system;
   EXPECT_EQ(system.open({"No Such Family Anywhere", -20, false}), nullptr);
   EXPECT_EQ(system.open({"", -20, false}), nullptr);
+  EXPECT_EQ(FreeTypeFontSystem::installedFile("No Such Family Anywhere"), "");
   EXPECT_NE(system.open({"dejavu SANS", -20, false}), nullptr) << "families match in any case";
   // Bold of a family: the bold face, drawn wider than the regular one.
   Reference plain(fileOf(kLatin), 20);

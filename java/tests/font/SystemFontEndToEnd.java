@@ -1,11 +1,11 @@
-package mirelo.gfx.font;
+package vostan.test;
 
 import java.io.File;
 import java.io.FileOutputStream;
 import java.io.IOException;
 import mirelo.app.win32.WinConsole;
 import mirelo.gfx.GLGraphics;
-import vostan.test.GfxHooks;
+import mirelo.gfx.font.SystemFont;
 
 /**
  * System fonts from Java: characters measured and drawn into a texture, the texture drawn over
@@ -16,8 +16,6 @@ public final class SystemFontEndToEnd {
   private static final int GL_TEXTURE_2D = 3553;
   private static final int GL_RGBA = 6408;
   private static final int GL_UNSIGNED_BYTE = 5121;
-  private static final int ANTI_ALIASED = 32;
-  private static final int OUTLINED = 64;
   private static final int WIDTH = 256;
   private static final int HEIGHT = 64;
 
@@ -53,17 +51,6 @@ public final class SystemFontEndToEnd {
       x += Math.max(info.cwidth, (int) info.advance) + 2;
     }
     return cells;
-  }
-
-  private static void showTexture() {
-    GLGraphics.n_mglClearColor(0, 0, 1, 1);
-    GLGraphics.n_mglClear(0x4000);
-    GLGraphics.n_mglBegin(7);
-    GLGraphics.n_mglT2fV2f(0, 0, -1, 1);
-    GLGraphics.n_mglT2fV2f(1, 0, 1, 1);
-    GLGraphics.n_mglT2fV2f(1, 1, 1, -1);
-    GLGraphics.n_mglT2fV2f(0, 1, -1, -1);
-    GLGraphics.n_mglEnd();
   }
 
   private static boolean white(int argb) {
@@ -121,7 +108,7 @@ public final class SystemFontEndToEnd {
     int texture = clearTexture(GLGraphics.n_mglCreateTexture());
 
     SystemFont font = new SystemFont();
-    long handle = font.n_init("DejaVu Sans", -24, ANTI_ALIASED);
+    long handle = font.n_init("DejaVu Sans", -24, SystemFont.ANTI_ALIASED);
     check(handle != 0, "a font");
     check(font.avascent > 15 && font.avdescent > 3 && font.height == font.avascent
         + font.avdescent, "line metrics " + font.avascent + "+" + font.avdescent);
@@ -129,12 +116,12 @@ public final class SystemFontEndToEnd {
         + font.canvasw + "x" + font.canvash);
 
     // Latin from the main font, CJK from the alternate, and a space between.
-    font.n_setAltFont(handle, "WenQuanYi Micro Hei", -24, ANTI_ALIASED, 0, 0);
+    font.n_setAltFont(handle, "WenQuanYi Micro Hei", -24, SystemFont.ANTI_ALIASED, 0, 0);
     SystemFont.CharacterInfo info = new SystemFont.CharacterInfo();
     font.n_initCharacter(handle, '\u4e2d', info);
     check(info.usealt && info.cwidth > 15, "the CJK character comes from the alternate font");
     Cell[] cells = draw(font, handle, "Hg \u4e2d", 4);
-    showTexture();
+    TextureEndToEnd.drawBound();
     for (int i = 0; i < cells.length; i++) {
       Cell c = cells[i];
       int ink = count(c.x, 0, c.x + Math.max(c.width, 1), c.height, SystemFontEndToEnd::white);
@@ -149,11 +136,12 @@ public final class SystemFontEndToEnd {
 
     // The outlined font: 5 wider canvas, and a dark edge around a light body.
     SystemFont outlined = new SystemFont();
-    long haloed = outlined.n_init("DejaVu Sans", -24, ANTI_ALIASED | OUTLINED);
+    long haloed =
+        outlined.n_init("DejaVu Sans", -24, SystemFont.ANTI_ALIASED | SystemFont.OUTLINED);
     check(outlined.canvasw == font.canvasw + 5, "outlined canvas is 5 wider");
     clearTexture(texture);
     Cell o = draw(outlined, haloed, "O", 0)[0];
-    showTexture();
+    TextureEndToEnd.drawBound();
     check(count(0, 0, o.width, o.height, SystemFontEndToEnd::dark) > 20
         && count(0, 0, o.width, o.height, SystemFontEndToEnd::white) > 20, "halo round a body");
 
@@ -171,12 +159,12 @@ public final class SystemFontEndToEnd {
     font.n_createCache(handle, 'A', 0, 0, -20, Integer.MIN_VALUE, 0, 0, 0, true);
     font.n_setAltFont(0x12345678L, "DejaVu Sans", -24, 0, 0, 0);
     font.n_setAltFont(handle, null, -24, 0, 0, 0);
-    showTexture();
+    TextureEndToEnd.drawBound();
     check(count(0, 0, WIDTH, HEIGHT, SystemFontEndToEnd::blue) == WIDTH * HEIGHT,
         "nothing drawn");
 
     SystemFont missing = new SystemFont();
-    long none = missing.n_init("No Such Family Anywhere", 20, ANTI_ALIASED);
+    long none = missing.n_init("No Such Family Anywhere", 20, SystemFont.ANTI_ALIASED);
     check(none != 0 && missing.height == 0, "a missing family gives a font without glyphs");
     SystemFont nameless = new SystemFont();
     check(nameless.n_init(null, Integer.MIN_VALUE, -1) != 0, "a null face");

@@ -32,7 +32,8 @@ public final class TextureEndToEnd {
     check(near(p, expected), what + ": " + String.format("%08x", p));
   }
 
-  private static void drawBound() {
+  /** Clears to blue and draws the bound texture over the whole window. */
+  static void drawBound() {
     GLGraphics.n_mglClearColor(0, 0, 1, 1);
     GLGraphics.n_mglClear(0x4000);
     GLGraphics.n_mglBegin(7);

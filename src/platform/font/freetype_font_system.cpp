@@ -240,36 +240,42 @@ std::unique_ptr<FontFace> makeFace(const Library& library, Bytes bytes, FT_Face 
 }
 
 std::unique_ptr<FontFace> openInstalled(const Library& library, const FontRequest& request) {
+  int index = 0;
+  const std::string file = FreeTypeFontSystem::installedFile(request.family, request.bold, &index);
+  FT_Face face = nullptr;
+  if (file.empty() || FT_New_Face(library.get(), file.c_str(), index, &face)) return nullptr;
+  return makeFace(library, nullptr, face, request);
+}
+
+}  // namespace
+
+std::string FreeTypeFontSystem::installedFile(const std::string& family, bool bold, int* index) {
   static const bool ready = FcInit();
-  if (!ready) return nullptr;
+  if (!ready) return {};
   FcPattern* pattern = FcPatternCreate();
-  FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(request.family.c_str()));
-  FcPatternAddInteger(pattern, FC_WEIGHT, request.bold ? FC_WEIGHT_BOLD : FC_WEIGHT_REGULAR);
+  FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(family.c_str()));
+  FcPatternAddInteger(pattern, FC_WEIGHT, bold ? FC_WEIGHT_BOLD : FC_WEIGHT_REGULAR);
   FcPatternAddInteger(pattern, FC_SLANT, FC_SLANT_ROMAN);
   FcConfigSubstitute(nullptr, pattern, FcMatchPattern);
   FcDefaultSubstitute(pattern);
   FcResult result;
   FcPattern* match = FcFontMatch(nullptr, pattern, &result);
   FcPatternDestroy(pattern);
-  if (!match) return nullptr;
+  if (!match) return {};
   // fontconfig always finds something; the family is there only if it is named.
   bool named = false;
-  FcChar8* family = nullptr;
-  for (int i = 0; !named && FcPatternGetString(match, FC_FAMILY, i, &family) == FcResultMatch; i++)
-    named = sameFamily(request.family, reinterpret_cast<const char*>(family));
+  FcChar8* name = nullptr;
+  for (int i = 0; !named && FcPatternGetString(match, FC_FAMILY, i, &name) == FcResultMatch; i++)
+    named = sameFamily(family, reinterpret_cast<const char*>(name));
   FcChar8* file = nullptr;
-  int index = 0;
-  FT_Face face = nullptr;
+  std::string path;
   if (named && FcPatternGetString(match, FC_FILE, 0, &file) == FcResultMatch) {
-    FcPatternGetInteger(match, FC_INDEX, 0, &index);
-    if (FT_New_Face(library.get(), reinterpret_cast<const char*>(file), index, &face))
-      face = nullptr;
+    path = reinterpret_cast<const char*>(file);
+    if (index) FcPatternGetInteger(match, FC_INDEX, 0, index);
   }
   FcPatternDestroy(match);
-  return face ? makeFace(library, nullptr, face, request) : nullptr;
+  return path;
 }
-
-}  // namespace
 
 std::unique_ptr<FontFace> FreeTypeFontSystem::open(const FontRequest& request) {
   if (!state_->library) return nullptr;

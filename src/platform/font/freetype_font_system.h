@@ -26,6 +26,10 @@ class FreeTypeFontSystem : public FontSystem {
   int32_t addFontFile(const std::string& path) override;
   // As addFontFile, from the bytes of a font file.
   int32_t addFontBytes(const uint8_t* data, std::size_t size);
+  // The file of an installed family and the face's index in it; "" when the
+  // family is not installed.
+  static std::string installedFile(const std::string& family, bool bold = false,
+                                   int* index = nullptr);
   // The families of the added faces, in the order they were added.
   std::vector<std::string> addedFamilies() const;
 

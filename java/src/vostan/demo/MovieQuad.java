@@ -59,15 +59,7 @@ final class MovieQuad {
       shown = frame;
     }
 
-    // Pixel coordinates to clip space, y down.
-    java.util.Arrays.fill(matrix, 0.0f);
-    matrix[0] = 2.0f / width;
-    matrix[5] = -2.0f / height;
-    matrix[10] = 1.0f;
-    matrix[12] = -1.0f;
-    matrix[13] = 1.0f;
-    matrix[15] = 1.0f;
-    GLGraphics.n_mglSetMatrix(0, matrix);
+    QuadScene.setPixelTransform(matrix, width, height);
     GLGraphics.n_mglSetEnable(GL_BLEND, false);
     GLGraphics.n_mglSetEnable(GL_DEPTH_TEST, false);
     GLGraphics.n_mglColor4f(1, 1, 1, 1);

@@ -75,6 +75,18 @@ public final class QuadScene {
     GLGraphics.n_mglEnd();
   }
 
+  /** Sets a transform from pixel coordinates, y down, to clip space; `matrix` is scratch. */
+  static void setPixelTransform(float[] matrix, int width, int height) {
+    java.util.Arrays.fill(matrix, 0.0f);
+    matrix[0] = 2.0f / width;
+    matrix[5] = -2.0f / height;
+    matrix[10] = 1.0f;
+    matrix[12] = -1.0f;
+    matrix[13] = 1.0f;
+    matrix[15] = 1.0f;
+    GLGraphics.n_mglSetMatrix(0, matrix);
+  }
+
   /** Row-vector transform: scale by `size`, turn by `angle`, squeeze x by `xScale`. */
   private void setTransform(float xScale, float angle, float size) {
     final float c = (float) Math.cos(angle) * size;

@@ -99,14 +99,7 @@ final class TextOverlay {
 
   /** Writes the lines at the window's bottom left, over whatever is drawn. */
   void draw(int frame, long millis, int width, int height) {
-    java.util.Arrays.fill(matrix, 0.0f);
-    matrix[0] = 2.0f / width;
-    matrix[5] = -2.0f / height;
-    matrix[10] = 1.0f;
-    matrix[12] = -1.0f;
-    matrix[13] = 1.0f;
-    matrix[15] = 1.0f;
-    GLGraphics.n_mglSetMatrix(0, matrix);
+    QuadScene.setPixelTransform(matrix, width, height);
     GLGraphics.n_mglSetEnable(GL_DEPTH_TEST, false);
     GLGraphics.n_mglSetEnable(GL_BLEND, true);
     GLGraphics.n_mglSetBlend(1);
