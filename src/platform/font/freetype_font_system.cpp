@@ -61,7 +61,7 @@ bool setHeight(FT_Face face, int32_t requested) {
                          ? int64_t{os2->usWinAscent} + os2->usWinDescent
                          : int64_t{face->ascender} - face->descender;
       if (cell <= 0) cell = face->units_per_EM;
-      em26 = std::min(height * face->units_per_EM / std::max<int64_t>(cell, 1), kLargestEm) * 64;
+      em26 = std::min(height * 64 * face->units_per_EM / cell, kLargestEm * 64);
       if (em26 < 64) em26 = 64;
     }
     return FT_Set_Char_Size(face, 0, static_cast<FT_F26Dot6>(em26), 72, 72) == 0;
@@ -282,9 +282,9 @@ std::unique_ptr<FontFace> FreeTypeFontSystem::open(const FontRequest& request) {
   // Faces added for the process come first; one of the asked weight is best.
   const AddedFace* found = nullptr;
   for (const AddedFace& a : state_->added)
-    if (sameFamily(request.family, a.family.c_str()) && (!found || a.bold == request.bold)) {
-      if (!found || found->bold != request.bold) found = &a;
-    }
+    if (sameFamily(request.family, a.family.c_str()) &&
+        (!found || (found->bold != request.bold && a.bold == request.bold)))
+      found = &a;
   if (found) {
     FT_Face face = nullptr;
     if (FT_New_Memory_Face(state_->library.get(), found->bytes->data(),
@@ -295,10 +295,12 @@ std::unique_ptr<FontFace> FreeTypeFontSystem::open(const FontRequest& request) {
   return state_->installed ? openInstalled(state_->library, request) : nullptr;
 }
 
-int32_t FreeTypeFontSystem::addFontBytes(const uint8_t* data, std::size_t size) {
-  if (!state_->library || !data || size == 0 || size > size_t{kLargestFile}) return 0;
-  auto bytes = std::make_shared<const std::vector<uint8_t>>(data, data + size);
-  FT_Library library = state_->library.get();
+namespace {
+
+int32_t addFaces(FreeTypeFontSystem::State& state, const Bytes& bytes) {
+  if (!state.library) return 0;
+  const size_t size = bytes->size();
+  FT_Library library = state.library.get();
   FT_Face face = nullptr;
   if (FT_New_Memory_Face(library, bytes->data(), static_cast<FT_Long>(size), -1, &face)) return 0;
   const FT_Long faces = std::min<FT_Long>(face->num_faces, 256);
@@ -310,12 +312,19 @@ int32_t FreeTypeFontSystem::addFontBytes(const uint8_t* data, std::size_t size) 
     const bool usable = face->family_name && face->family_name[0] && face->charmap &&
                         (FT_IS_SCALABLE(face) || face->num_fixed_sizes > 0);
     if (usable) {
-      state_->added.push_back({face->family_name, isBold(face), bytes, i});
+      state.added.push_back({face->family_name, isBold(face), bytes, i});
       count++;
     }
     FT_Done_Face(face);
   }
   return count;
+}
+
+}  // namespace
+
+int32_t FreeTypeFontSystem::addFontBytes(const uint8_t* data, std::size_t size) {
+  if (!data || size == 0 || size > size_t{kLargestFile}) return 0;
+  return addFaces(*state_, std::make_shared<const std::vector<uint8_t>>(data, data + size));
 }
 
 std::vector<std::string> FreeTypeFontSystem::addedFamilies() const {
@@ -329,10 +338,10 @@ int32_t FreeTypeFontSystem::addFontFile(const std::string& path) {
   if (!in) return 0;
   const std::streamoff size = in.tellg();
   if (size <= 0 || size > kLargestFile) return 0;
-  std::vector<uint8_t> bytes(static_cast<size_t>(size));
+  auto bytes = std::make_shared<std::vector<uint8_t>>(static_cast<size_t>(size));
   in.seekg(0);
-  if (!in.read(reinterpret_cast<char*>(bytes.data()), size)) return 0;
-  return addFontBytes(bytes.data(), bytes.size());
+  if (!in.read(reinterpret_cast<char*>(bytes->data()), size)) return 0;
+  return addFaces(*state_, bytes);
 }
 
 }  // namespace vostan::platform
