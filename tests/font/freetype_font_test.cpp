@@ -101,6 +101,13 @@ TEST(FreeTypeFont, MetricsMatchFreeTypeAtTheSameSize) {
 
   for (char16_t c : std::u16string(u"AgjW@é%")) expectMetricsLike(font, c, ref.render(c));
 
+  // Absurd sizes are drawn at a size a texture can hold.
+  for (int32_t height : {INT32_MIN, INT32_MAX}) {
+    SystemFont huge(system.open({kLatin, height, false}), kAntiAliased, nullptr);
+    EXPECT_GT(huge.canvasHeight, 100);
+    EXPECT_LT(huge.canvasPixels, 8 << 20);
+  }
+
   // A positive height is the cell: ascent plus descent.
   for (int cell : {13, 24, 50}) {
     SystemFont sized(system.open({kLatin, cell, false}), kAntiAliased, nullptr);
