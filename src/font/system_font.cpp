@@ -97,7 +97,9 @@ void SystemFont::createCache(char16_t c, int32_t x, int32_t y, int32_t width, in
   uint32_t* pixels = canvas.pixels.data();
   const int64_t size = font.canvasPixels;
   std::memset(glyphs, 0, canvas.glyphs.size());
-  std::fill(canvas.pixels.begin(), canvas.pixels.end(), kTransparentWhite);
+  // Only rows `width` apart up to the canvas's height are ever uploaded or
+  // read by the halo, so the rest of the canvas need not be cleared.
+  std::fill_n(pixels, std::min<int64_t>(size, int64_t{width} * canvasHeight), kTransparentWhite);
 
   GlyphBox box;
   const int32_t result =
