@@ -1,3 +1,4 @@
+// The scriptable font service for tests; see its header.
 #include "platform/font/fake_font_system.h"
 
 #include <cstring>

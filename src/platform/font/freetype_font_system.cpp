@@ -1,3 +1,5 @@
+// The font service over FreeType and fontconfig; what it covers and leaves out
+// stands at the top of its header.
 #include "platform/font/freetype_font_system.h"
 
 #include <fontconfig/fontconfig.h>
