@@ -151,6 +151,11 @@ jobject WinConsole::handleMessage(JavaEvents& events, const Message& m) {
                                  m.message == win::WM_SYSCHAR, textCodePage);
       return k.event ? keyEvent(events, 400, k.modifiers, 0, k.character) : nullptr;
     }
+    case win::WM_IME_COMPOSITION:
+      return compositionEvent(events, static_cast<uint32_t>(m.lParam) & 0xFFFF);
+    case win::WM_IME_NOTIFY:
+      if (m.wParam == win::IMN_OPENCANDIDATE) placeCandidates(static_cast<uint32_t>(m.lParam));
+      return nullptr;
     case win::WM_MOUSEMOVE:
       return moved(events, x, y, m.wParam);
     case win::WM_LBUTTONDOWN:
@@ -181,6 +186,9 @@ jobject WinConsole::handleMessage(JavaEvents& events, const Message& m) {
       return dropEvent(events, m);
     case win::MSG_CURSOR_HIDDEN:
       cursorHidden = m.wParam == 0;
+      return nullptr;
+    case win::MSG_INPUT_CONTEXT:
+      inputContextMessage(m.wParam);
       return nullptr;
     case win::MSG_CLOSE_REQUESTED:
       return applicationEvent(events, 2101);

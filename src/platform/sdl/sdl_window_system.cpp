@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 #include "platform/codepage.h"
 #include "platform/us_keyboard.h"
@@ -155,6 +156,8 @@ bool SdlWindowSystem::ensureVideo() {
   SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
   SDL_SetHint(SDL_HINT_VIDEO_ALLOW_SCREENSAVER, "1");
   SDL_SetHint(SDL_HINT_MOUSE_FOCUS_CLICKTHROUGH, "1");
+  // Compositions of any length, rather than cut at the event's buffer.
+  SDL_SetHint(SDL_HINT_IME_SUPPORT_EXTENDED_TEXT, "1");
   if (SDL_InitSubSystem(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0) {
     std::printf("SDL_Init failed: %s\n", SDL_GetError());
     return false;
@@ -459,23 +462,28 @@ void SdlWindowSystem::translate(const SDL_Event& e) {
       break;
     }
     case SDL_TEXTINPUT: {
-      // Characters arrive as bytes of the keyboard's code page, one message each.
       char16_t wide[SDL_TEXTINPUTEVENT_TEXT_SIZE];
       const std::size_t n = multiByteToWide(65001, e.text.text, std::strlen(e.text.text), wide,
                                             SDL_TEXTINPUTEVENT_TEXT_SIZE);
-      char bytes[SDL_TEXTINPUTEVENT_TEXT_SIZE * 2];
-      const std::size_t m = wideToMultiByte(ansiCodePageOfLanguage(getKeyboardLayout()), wide, n,
-                                            bytes, sizeof bytes);
-      const SDL_Keymod mod = SDL_GetModState();
-      const bool altGraph = (mod & (KMOD_MODE | KMOD_RALT)) != 0;
-      const bool system = !altGraph && (mod & KMOD_LALT) != 0;
-      const intptr_t flags = (altGraph || system) ? (intptr_t(0x2000) << 16) : 0;
-      for (std::size_t i = 0; i < m; ++i) {
-        enqueue({e.text.windowID, system ? win::WM_SYSCHAR : win::WM_CHAR,
-                 static_cast<uint8_t>(bytes[i]), flags | 1});
+      Context* context = attachedContext(e.text.windowID);
+      if (context && context->composing) {
+        // The input method committed its composition.
+        const std::u16string result(wide, n);
+        endComposition(e.text.windowID, *context, &result);
+      } else {
+        typeCharacters(e.text.windowID, wide, n);
       }
       break;
     }
+    case SDL_TEXTEDITING:
+      editing(e.edit.windowID, e.edit.text, e.edit.start, e.edit.length);
+      break;
+    case SDL_TEXTEDITING_EXT:
+      // A composition longer than the event's own buffer.
+      editing(e.editExt.windowID, e.editExt.text ? e.editExt.text : "", e.editExt.start,
+              e.editExt.length);
+      SDL_free(e.editExt.text);
+      break;
     case SDL_DROPBEGIN:
       dropFiles_.clear();
       dropText_ = false;
@@ -496,6 +504,144 @@ void SdlWindowSystem::translate(const SDL_Event& e) {
     default:
       break;
   }
+}
+
+void SdlWindowSystem::typeCharacters(WindowHandle window, const char16_t* wide, std::size_t n) {
+  // Characters arrive as bytes of the keyboard's code page, one message each.
+  std::vector<char> bytes(n * 4 + 1);
+  const std::size_t m = wideToMultiByte(ansiCodePageOfLanguage(getKeyboardLayout()), wide, n,
+                                        bytes.data(), bytes.size());
+  const SDL_Keymod mod = SDL_GetModState();
+  const bool altGraph = (mod & (KMOD_MODE | KMOD_RALT)) != 0;
+  const bool system = !altGraph && (mod & KMOD_LALT) != 0;
+  const intptr_t flags = (altGraph || system) ? (intptr_t(0x2000) << 16) : 0;
+  for (std::size_t i = 0; i < m; ++i) {
+    enqueue({window, system ? win::WM_SYSCHAR : win::WM_CHAR, static_cast<uint8_t>(bytes[i]),
+             flags | 1});
+  }
+}
+
+SdlWindowSystem::Context* SdlWindowSystem::attachedContext(WindowHandle window) {
+  auto a = attached_.find(window);
+  if (a == attached_.end()) return nullptr;
+  auto c = contexts_.find(a->second);
+  return c == contexts_.end() ? nullptr : &c->second;
+}
+
+WindowHandle SdlWindowSystem::windowOf(InputContext context) const {
+  for (const auto& [window, attached] : attached_) {
+    if (attached == context) return window;
+  }
+  return 0;
+}
+
+void SdlWindowSystem::editing(WindowHandle window, const char* utf8, int start, int length) {
+  Context* context = attachedContext(window);
+  // Without an attached context the input method's reports go nowhere.
+  if (!context) return;
+  std::u16string text(std::strlen(utf8) + 1, u'\0');
+  text.resize(multiByteToWide(65001, utf8, std::strlen(utf8), text.data(), text.size()));
+  if (text.empty()) {
+    // An empty composition: the user cancelled it.
+    if (context->composing) endComposition(window, *context, nullptr);
+    return;
+  }
+  if (!context->composing) {
+    context->composing = true;
+    enqueue({window, win::WM_IME_STARTCOMPOSITION, 0, 0});
+    // The candidate list opens with the composition; the console places it.
+    enqueue({window, win::WM_IME_NOTIFY, win::IMN_OPENCANDIDATE, 1});
+  }
+  // SDL counts the caret and the selected clause in characters; surrogate
+  // pairs make them units.
+  auto unitOf = [&text](int character) {
+    std::size_t unit = 0;
+    for (int c = 0; c < character && unit < text.size(); ++c) {
+      const bool pair = text[unit] >= 0xD800 && text[unit] < 0xDC00 && unit + 1 < text.size();
+      unit += pair ? 2 : 1;
+    }
+    return unit;
+  };
+  Composition& c = context->composition;
+  c.text = text;
+  c.cursor = static_cast<int32_t>(unitOf(start < 0 ? 0 : start));
+  c.attributes.assign(text.size(), win::ATTR_INPUT);
+  if (length > 0) {
+    const std::size_t to = unitOf(start + length);
+    for (std::size_t i = static_cast<std::size_t>(c.cursor); i < to; ++i)
+      c.attributes[i] = win::ATTR_TARGET_CONVERTED;
+  }
+  enqueue({window, win::WM_IME_COMPOSITION, text[0],
+           win::GCS_COMPSTR | win::GCS_COMPATTR | win::GCS_CURSORPOS});
+}
+
+void SdlWindowSystem::endComposition(WindowHandle window, Context& context,
+                                     const std::u16string* result) {
+  context.composing = false;
+  context.composition.text.clear();
+  context.composition.attributes.clear();
+  context.composition.cursor = 0;
+  if (result) {
+    context.composition.result = *result;
+    enqueue({window, win::WM_IME_COMPOSITION, 0, win::GCS_RESULTSTR | win::GCS_RESULTCLAUSE});
+  } else {
+    enqueue({window, win::WM_IME_COMPOSITION, 0, 0});
+  }
+  enqueue({window, win::WM_IME_ENDCOMPOSITION, 0, 0});
+}
+
+intptr_t SdlWindowSystem::defWindowProc(WindowHandle window, uint32_t message, uintptr_t,
+                                        intptr_t lParam) {
+  // What the system does with a committed composition that the window did not
+  // take for itself: it types the text.
+  if (message == win::WM_IME_COMPOSITION && (lParam & win::GCS_RESULTSTR)) {
+    if (Context* context = attachedContext(window)) {
+      const std::u16string& result = context->composition.result;
+      typeCharacters(window, result.data(), result.size());
+    }
+  }
+  return 0;
+}
+
+InputContext SdlWindowSystem::immCreateContext() {
+  const InputContext handle = nextContext_++;
+  contexts_[handle];
+  return handle;
+}
+
+void SdlWindowSystem::immDestroyContext(InputContext context) {
+  contexts_.erase(context);
+  for (auto it = attached_.begin(); it != attached_.end();) {
+    it = it->second == context ? attached_.erase(it) : std::next(it);
+  }
+}
+
+void SdlWindowSystem::immAssociateContext(WindowHandle window, InputContext context) {
+  if (context == 0 || !contexts_.count(context)) {
+    attached_.erase(window);
+    return;
+  }
+  attached_[window] = context;
+}
+
+void SdlWindowSystem::immCancelComposition(InputContext context) {
+  auto it = contexts_.find(context);
+  if (it == contexts_.end() || !it->second.composing) return;
+  if (SDL_WasInit(SDL_INIT_VIDEO)) SDL_ClearComposition();
+  endComposition(windowOf(context), it->second, nullptr);
+}
+
+int32_t SdlWindowSystem::immGetCompositionString(InputContext context, uint32_t kind,
+                                                 void* buffer, uint32_t size) {
+  auto it = contexts_.find(context);
+  return it == contexts_.end() ? -1 : readComposition(it->second.composition, kind, buffer, size);
+}
+
+void SdlWindowSystem::immSetCandidateWindow(InputContext context, uint32_t, Point client) {
+  if (!SDL_WasInit(SDL_INIT_VIDEO) || windowOf(context) == 0) return;
+  // The input method shows its candidates below the text input rectangle.
+  SDL_Rect rect{client.x, client.y, 0, 0};
+  SDL_SetTextInputRect(&rect);
 }
 
 uint32_t SdlWindowSystem::dropKeyState() const {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/composition.h"
 #include "platform/window_system.h"
 
 namespace vostan::platform {
@@ -43,7 +44,7 @@ class SdlWindowSystem : public WindowSystem {
   void postMessage(WindowHandle, uint32_t message, uintptr_t wParam, intptr_t lParam) override;
   void translateMessage(const Message&) override {}
   intptr_t dispatchMessage(const Message&) override;
-  intptr_t defWindowProc(WindowHandle, uint32_t, uintptr_t, intptr_t) override { return 0; }
+  intptr_t defWindowProc(WindowHandle, uint32_t message, uintptr_t, intptr_t lParam) override;
   Point getCursorPos() override;
   void setCursorPos(int x, int y) override;
   WindowHandle windowFromPoint(Point) override;
@@ -70,6 +71,13 @@ class SdlWindowSystem : public WindowSystem {
   void enumWindows(EnumWindowsProc proc, void* context) override;
   bool getWindowPlacement(DesktopWindow, WindowPlacement& out) override;
   void setWindowPlacement(DesktopWindow, const WindowPlacement&) override;
+  InputContext immCreateContext() override;
+  void immDestroyContext(InputContext) override;
+  void immAssociateContext(WindowHandle, InputContext) override;
+  void immCancelComposition(InputContext) override;
+  int32_t immGetCompositionString(InputContext, uint32_t kind, void* buffer,
+                                  uint32_t size) override;
+  void immSetCandidateWindow(InputContext, uint32_t index, Point client) override;
   bool registerDragDrop(WindowHandle, DropTarget* target) override;
   void revokeDragDrop(WindowHandle) override;
   uint32_t timeGetTime() override;
@@ -104,6 +112,13 @@ class SdlWindowSystem : public WindowSystem {
   bool globalMouse_ = false;
   int cursorCount_ = 0;
   SDL_Cursor* arrow_ = nullptr;
+  struct Context {
+    Composition composition;
+    bool composing = false;
+  };
+  std::map<InputContext, Context> contexts_;
+  InputContext nextContext_ = 1;
+  std::map<WindowHandle, InputContext> attached_;
   std::map<WindowHandle, DropTarget*> dropTargets_;
   std::vector<std::string> dropFiles_;
   bool dropText_ = false;
@@ -115,6 +130,11 @@ class SdlWindowSystem : public WindowSystem {
   intptr_t send(WindowHandle, uint32_t msg, uintptr_t wp, intptr_t lp);
   void translate(const SDL_Event& e);
   void deliverDrop(WindowHandle window);
+  void typeCharacters(WindowHandle window, const char16_t* text, std::size_t count);
+  void editing(WindowHandle window, const char* utf8, int start, int length);
+  void endComposition(WindowHandle window, Context& context, const std::u16string* result);
+  Context* attachedContext(WindowHandle window);
+  WindowHandle windowOf(InputContext context) const;
   uint32_t dropKeyState() const;
   uintptr_t mouseKeys() const;
   Window* find(WindowHandle h);
