@@ -58,6 +58,28 @@ HOOK(void, text)(JNIEnv* env, jclass, jint window, jstring text) {
   SDL_PushEvent(&e);
 }
 
+// A composition as the input method reports it; text longer than the event's
+// own buffer goes as the extended event, as SDL sends it.
+HOOK(void, editing)(JNIEnv* env, jclass, jint window, jstring text, jint start, jint length) {
+  SDL_Event e{};
+  const char* utf = env->GetStringUTFChars(text, nullptr);
+  if (std::strlen(utf) < sizeof e.edit.text) {
+    e.type = SDL_TEXTEDITING;
+    e.edit.windowID = static_cast<Uint32>(window);
+    std::strncpy(e.edit.text, utf, sizeof e.edit.text - 1);
+    e.edit.start = start;
+    e.edit.length = length;
+  } else {
+    e.type = SDL_TEXTEDITING_EXT;
+    e.editExt.windowID = static_cast<Uint32>(window);
+    e.editExt.text = SDL_strdup(utf);  // the receiver frees it
+    e.editExt.start = start;
+    e.editExt.length = length;
+  }
+  env->ReleaseStringUTFChars(text, utf);
+  SDL_PushEvent(&e);
+}
+
 HOOK(void, close)(JNIEnv*, jclass, jint window) {
   SDL_Event e{};
   e.type = SDL_WINDOWEVENT;

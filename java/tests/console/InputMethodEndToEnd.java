@@ -1,0 +1,111 @@
+package vostan.test;
+
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.List;
+import mirelo.app.win32.WinConsole;
+import mirelo.mwt.event.InputMethodEvent;
+import mirelo.mwt.event.KeyEvent;
+import mirelo.mwt.event.MWTEvent;
+
+/** Compositions pushed through SDL's text-editing events reach Java as input method events. */
+public final class InputMethodEndToEnd {
+  private static int failures = 0;
+
+  private static void check(boolean ok, String what) {
+    System.out.println((ok ? "ok   " : "FAIL ") + what);
+    if (!ok) failures++;
+  }
+
+  private static List<MWTEvent> pump() {
+    List<MWTEvent> events = new ArrayList<>();
+    for (int frame = 0; frame < 3; frame++) {
+      WinConsole.n_update();
+      Object e;
+      while ((e = WinConsole.n_peekEvent()) != null) {
+        events.add((MWTEvent) e);
+      }
+    }
+    return events;
+  }
+
+  /** The input method events among the events, and the characters typed. */
+  private static String describe(List<MWTEvent> events) {
+    StringBuilder out = new StringBuilder();
+    for (MWTEvent e : events) {
+      if (e instanceof InputMethodEvent) {
+        InputMethodEvent m = (InputMethodEvent) e;
+        out.append("[").append(m.getText()).append(" ").append(Arrays.toString(m.getAttributes()))
+            .append(" ").append(m.getCommittedCount()).append(" ").append(m.getCaret()).append("]");
+      } else if (e.getID() == 400) {
+        out.append("typed ").append(((KeyEvent) e).getKeyChar());
+      }
+    }
+    return out.toString();
+  }
+
+  private static void expect(List<MWTEvent> events, String expected, String what) {
+    String got = describe(events);
+    check(got.equals(expected), what + ": " + got);
+  }
+
+  public static void main(String[] args) {
+    System.loadLibrary("vostan");
+    // Before the console exists these calls do nothing.
+    WinConsole.n_enableInputMethods(false);
+    WinConsole.n_setInputMethodPassiveMode(true);
+    WinConsole.n_setCandidateLocation(1, 2);
+    check(WinConsole.n_setInputMethodActiveMode() == 0, "no active mode before n_init");
+
+    WinConsole.n_init();
+    check(WinConsole.n_createWindow("input methods", 320, 240, 1), "n_createWindow");
+    final int window = WinConsole.n_getWindowHandle();
+    pump();
+
+    // Passive: the system shows the composition, and its result arrives typed.
+    SdlInject.editing(window, "e", 1, 0);
+    SdlInject.text(window, "\u00e9");
+    expect(pump(), "typed \u00e9", "passive mode types the committed text");
+
+    check(WinConsole.n_setInputMethodActiveMode() == 1, "active mode");
+    WinConsole.n_setCandidateLocation(30, 40);
+    SdlInject.editing(window, "\u304b\u3093", 2, 0);
+    SdlInject.editing(window, "\u6f22\u5b57", 0, 2);
+    SdlInject.text(window, "\u6f22\u5b57");
+    expect(pump(),
+        "[\u304b\u3093 [0, 0] 0 2][\u6f22\u5b57 [1, 1] 0 0][\u6f22\u5b57 null 2 0]",
+        "composing, converting, committing");
+
+    // Input method events can't be disabled; an empty composition cancels.
+    WinConsole.n_disableEvents(new int[] {1100});
+    SdlInject.editing(window, "x", 1, 0);
+    SdlInject.editing(window, "", 0, 0);
+    SdlInject.text(window, "y");
+    expect(pump(), "[x [0] 0 1][null null 0 0]typed y", "cancel, then plain typing");
+
+    // Longer than SDL's event buffer: the whole composition arrives.
+    StringBuilder longText = new StringBuilder();
+    for (int i = 0; i < 40; i++) longText.append((char) ('\u3041' + i));
+    SdlInject.editing(window, longText.toString(), 40, 0);
+    List<MWTEvent> longEvents = pump();
+    InputMethodEvent whole =
+        longEvents.size() == 1 ? (InputMethodEvent) longEvents.get(0) : null;
+    check(whole != null && longText.toString().equals(whole.getText())
+            && whole.getCaret() == 40 && whole.getAttributes().length == 40,
+        "a composition of 40 characters (120 bytes) in one event: " + describe(longEvents));
+
+    // Switching input methods off cancels the composition; later reports are not
+    // compositions, and typing goes on.
+    WinConsole.n_enableInputMethods(false);
+    SdlInject.editing(window, "zz", 2, 0);
+    SdlInject.text(window, "q");
+    expect(pump(), "[null null 0 0]typed q", "off: the composition is cancelled");
+    WinConsole.n_enableInputMethods(true);
+    SdlInject.editing(window, "\u3042", 1, 0);
+    expect(pump(), "[\u3042 [0] 0 1]", "on again");
+
+    check(WinConsole.n_disposeDisplay(), "n_disposeDisplay");
+    System.out.println(failures == 0 ? "input methods end-to-end: all passed" : failures + " failed");
+    System.exit(failures == 0 ? 0 : 1);
+  }
+}
