@@ -700,16 +700,32 @@ bool SdlWindowSystem::enumDisplaySettings(int index, DisplayMode& out) {
   return true;
 }
 
-void SdlWindowSystem::enumWindows(EnumWindowsProc, void*) {
-  // Other applications' windows are the window manager's to keep across a mode
-  // change here; none are listed, so nothing is saved or moved.
+DesktopWindows& SdlWindowSystem::desktop() {
+  if (!desktop_) {
+    // Other applications' windows are the window system's own to list: X11 has
+    // them for any client, elsewhere they stay where the mode change puts them.
+    ensureVideo();
+    const char* driver = SDL_WasInit(SDL_INIT_VIDEO) ? SDL_GetCurrentVideoDriver() : nullptr;
+    if (driver && std::strcmp(driver, "x11") == 0) desktop_ = openX11Desktop();
+    if (!desktop_) {
+      const std::string where = std::string("the ") + (driver ? driver : "missing") + " display";
+      desktop_ = noDesktopWindows(where.c_str());
+    }
+  }
+  return *desktop_;
 }
 
-bool SdlWindowSystem::getWindowPlacement(DesktopWindow, WindowPlacement&) {
-  return false;
+void SdlWindowSystem::enumWindows(EnumWindowsProc proc, void* context) {
+  desktop().enumWindows(proc, context);
 }
 
-void SdlWindowSystem::setWindowPlacement(DesktopWindow, const WindowPlacement&) {}
+bool SdlWindowSystem::getWindowPlacement(DesktopWindow w, WindowPlacement& out) {
+  return desktop().getWindowPlacement(w, out);
+}
+
+void SdlWindowSystem::setWindowPlacement(DesktopWindow w, const WindowPlacement& p) {
+  desktop().setWindowPlacement(w, p);
+}
 
 Point SdlWindowSystem::getCursorPos() {
   if (globalMouse_) {

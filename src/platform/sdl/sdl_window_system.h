@@ -6,10 +6,12 @@
 #include <SDL.h>
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/composition.h"
+#include "platform/desktop_windows.h"
 #include "platform/window_system.h"
 
 namespace vostan::platform {
@@ -122,6 +124,7 @@ class SdlWindowSystem : public WindowSystem {
   std::map<WindowHandle, DropTarget*> dropTargets_;
   std::vector<std::string> dropFiles_;
   bool dropText_ = false;
+  std::unique_ptr<DesktopWindows> desktop_;
   bool fullScreenMode_ = false;
   SDL_DisplayMode mode_{};
 
@@ -138,6 +141,7 @@ class SdlWindowSystem : public WindowSystem {
   uint32_t dropKeyState() const;
   uintptr_t mouseKeys() const;
   Window* find(WindowHandle h);
+  DesktopWindows& desktop();
 };
 
 }  // namespace vostan::platform
