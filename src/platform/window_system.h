@@ -156,6 +156,11 @@ class WindowSystem {
   virtual void timeBeginPeriod(uint32_t ms) = 0;
 };
 
+// Whether the screen lists the mode: width and height, and bits and refresh
+// where the mode's fields name them.
+bool displayModeListed(WindowSystem& system, const DisplayMode& mode);
+constexpr int32_t kDisplayChangeBadMode = -2;
+
 // The backend the library uses; the SDL one unless a test installed another.
 WindowSystem& windowSystem();
 void setWindowSystem(WindowSystem* system);  // null: back to the default

@@ -238,6 +238,12 @@ int32_t FakeWindowSystem::changeDisplaySettings(const DisplayMode* mode, uint32_
            mode->height, mode->bits, mode->refresh, mode->fields, flags);
   else
     record("changeDisplaySettings default");
+  if (!mode) {
+    currentMode = desktopMode;
+    return 0;
+  }
+  if (!modes.empty() && !displayModeListed(*this, *mode)) return kDisplayChangeBadMode;
+  currentMode = *mode;
   return 0;
 }
 
@@ -264,6 +270,7 @@ void FakeWindowSystem::enumWindows(EnumWindowsProc proc, void* context) {
 }
 
 bool FakeWindowSystem::getWindowPlacement(DesktopWindow w, WindowPlacement& out) {
+  record("getWindowPlacement %lu", static_cast<unsigned long>(w));
   auto it = desktop.find(w);
   if (it == desktop.end()) return false;
   out = it->second.placement;

@@ -37,7 +37,9 @@ class FakeWindowSystem : public WindowSystem {
   int cursorShowCount = 0;
   std::map<WindowHandle, Window> windows;
   std::vector<DisplayMode> modes;
-  DisplayMode currentMode{0, 1920, 1080, 32, 60};
+  // The desktop's mode, and the present one; an empty `modes` list takes any mode.
+  DisplayMode desktopMode{0, 1920, 1080, 32, 60};
+  DisplayMode currentMode = desktopMode;
   struct Desktop {
     std::string title, className;
     bool visible = true, owned = false;

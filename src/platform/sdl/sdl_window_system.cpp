@@ -848,6 +848,12 @@ int32_t SdlWindowSystem::changeDisplaySettings(const DisplayMode* mode, uint32_t
     }
     return 0;
   }
+  // A mode the screen doesn't list is refused, and the screen stays as it is.
+  if (!displayModeListed(*this, *mode)) {
+    std::printf("display mode %dx%d refused: the screen doesn't list it\n", mode->width,
+                mode->height);
+    return kDisplayChangeBadMode;
+  }
   fullScreenMode_ = true;
   mode_ = SDL_DisplayMode{};
   mode_.w = mode->width;
