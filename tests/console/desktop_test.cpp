@@ -152,6 +152,17 @@ TEST_F(DesktopTest, TextDragsAreRefusedAndLeavingReleasesTheFiles) {
   EXPECT_EQ(left.id, 3001);
   EXPECT_TRUE(events.globals.empty());
 
+  // A path longer than 259 bytes comes out cut, never inside a character.
+  const std::string stem = "/tmp/" + std::string(253, 'a');
+  const std::string longPath = stem + "\xc3\xa9" + "tail", fits = stem + "b.swf";
+  const char* long2[] = {longPath.c_str(), fits.c_str()};
+  target->dragEnter(long2, 2, 0, {0, 0});
+  const std::vector<std::string>& cut = events.filesOf(next()->files);
+  EXPECT_EQ(cut[0], stem);
+  EXPECT_EQ(cut[1], fits.substr(0, 259));
+  target->dragLeave();
+  next();
+
   console->enableDrop(false);
   EXPECT_TRUE(ws.dropTargets.empty());
   EXPECT_EQ(console->dropTarget, nullptr);

@@ -46,6 +46,21 @@ int virtualKeyOfScancode(SDL_Scancode s) {
       return 110;
     case SDL_SCANCODE_KP_DIVIDE:
       return 111;
+    case SDL_SCANCODE_KP_COMMA:
+    case SDL_SCANCODE_SEPARATOR:
+      return 108;
+    case SDL_SCANCODE_CANCEL:
+      return 3;
+    case SDL_SCANCODE_CLEAR:
+    case SDL_SCANCODE_KP_CLEAR:
+      return 12;
+    case SDL_SCANCODE_INTERNATIONAL2:  // katakana/hiragana key
+    case SDL_SCANCODE_LANG4:
+      return 242;
+    case SDL_SCANCODE_LANG3:
+      return 241;
+    case SDL_SCANCODE_LANG5:  // zenkaku/hankaku
+      return 243;
     case SDL_SCANCODE_RETURN:
       return 13;
     case SDL_SCANCODE_ESCAPE:
@@ -132,6 +147,35 @@ int virtualKeyOfScancode(SDL_Scancode s) {
   }
 }
 
+int padNavigationKey(SDL_Scancode s) {
+  switch (s) {
+    case SDL_SCANCODE_KP_0:
+      return 45;  // insert
+    case SDL_SCANCODE_KP_1:
+      return 35;  // end
+    case SDL_SCANCODE_KP_2:
+      return 40;  // down
+    case SDL_SCANCODE_KP_3:
+      return 34;  // page down
+    case SDL_SCANCODE_KP_4:
+      return 37;  // left
+    case SDL_SCANCODE_KP_5:
+      return 12;  // clear
+    case SDL_SCANCODE_KP_6:
+      return 39;  // right
+    case SDL_SCANCODE_KP_7:
+      return 36;  // home
+    case SDL_SCANCODE_KP_8:
+      return 38;  // up
+    case SDL_SCANCODE_KP_9:
+      return 33;  // page up
+    case SDL_SCANCODE_KP_PERIOD:
+      return 46;  // delete
+    default:
+      return 0;
+  }
+}
+
 uint32_t monotonicMillis() {
   timespec ts;
   clock_gettime(CLOCK_MONOTONIC, &ts);
@@ -143,6 +187,10 @@ uint32_t monotonicMillis() {
 
 int SdlWindowSystem::virtualKeyOf(const SDL_Keysym& key) {
   if (key.sym >= SDLK_a && key.sym <= SDLK_z) return 'A' + (key.sym - SDLK_a);
+  if (!(key.mod & KMOD_NUM)) {
+    // Without num lock the pad's keys are the ones printed under their digits.
+    if (const int navigation = padNavigationKey(key.scancode)) return navigation;
+  }
   return virtualKeyOfScancode(key.scancode);
 }
 
@@ -375,6 +423,10 @@ void SdlWindowSystem::translate(const SDL_Event& e) {
             send(h, win::WM_ACTIVATE, 0, 0);
           }
           break;
+        case SDL_WINDOWEVENT_LEAVE:
+          // Outside the client area the system's cursor shows again.
+          send(h, win::WM_SETCURSOR, h, win::makeLParam(0, static_cast<int>(win::WM_MOUSEMOVE)));
+          break;
         case SDL_WINDOWEVENT_CLOSE:
           send(h, win::WM_CLOSE, 0, 0);
           break;
@@ -444,11 +496,18 @@ void SdlWindowSystem::translate(const SDL_Event& e) {
       const bool down = e.type == SDL_KEYDOWN;
       const bool wasDown = keys_[vk] & 0x80;
       if (down) {
-        if (!wasDown) keys_[vk] ^= 1;  // toggle state, as caps lock keeps it
         keys_[vk] |= 0x80;
       } else {
         keys_[vk] &= 0x7F;
       }
+      // The lock keys' toggles as the keyboard has them, also when they were
+      // set before the window had the focus.
+      const auto toggle = [this, &e](int key, int mod) {
+        keys_[key] = static_cast<uint8_t>((keys_[key] & 0x80) | ((e.key.keysym.mod & mod) ? 1 : 0));
+      };
+      toggle(20, KMOD_CAPS);
+      toggle(144, KMOD_NUM);
+      toggle(145, KMOD_SCROLL);
       const bool alt = (e.key.keysym.mod & KMOD_ALT) != 0;
       const uint32_t scan = us_keyboard::scanCode(static_cast<uint32_t>(vk));
       intptr_t lp = 1 | (static_cast<intptr_t>(scan) << 16);
@@ -651,19 +710,23 @@ uint32_t SdlWindowSystem::dropKeyState() const {
 }
 
 void SdlWindowSystem::deliverDrop(WindowHandle window) {
-  // SDL reports a finished drop only: the target sees it enter and drop at once,
-  // at the last known pointer position.
+  // SDL reports a finished drop only: the target sees it enter, pass over and
+  // drop at once, where the pointer is (the drag's own motion never reaches us).
   auto it = dropTargets_.find(window);
   if (it == dropTargets_.end() || !it->second) return;
   std::vector<const char*> names;
   for (const std::string& f : dropFiles_) names.push_back(f.c_str());
   const bool files = !names.empty();
-  const uint32_t effect = it->second->dragEnter(
-      files ? names.data() : nullptr, static_cast<int>(names.size()), dropKeyState(), cursor_);
-  if (effect != win::DROPEFFECT_NONE)
-    it->second->drop(dropKeyState(), cursor_);
-  else
-    it->second->dragLeave();
+  const Point at = getCursorPos();
+  DropTarget* target = it->second;
+  const uint32_t effect = target->dragEnter(files ? names.data() : nullptr,
+                                            static_cast<int>(names.size()), dropKeyState(), at);
+  if (effect != win::DROPEFFECT_NONE) {
+    target->dragOver(dropKeyState(), at);
+    target->drop(dropKeyState(), at);
+  } else {
+    target->dragLeave();
+  }
   dropFiles_.clear();
   dropText_ = false;
 }
