@@ -1,6 +1,7 @@
 // Test-only natives that push SDL events, as a user at the window would make
 // them, so that JVM tests drive the real backend.
 #include <SDL.h>
+#include <SDL_syswm.h>
 #include <jni.h>
 
 #include <cstring>
@@ -78,6 +79,15 @@ HOOK(void, editing)(JNIEnv* env, jclass, jint window, jstring text, jint start, 
   }
   env->ReleaseStringUTFChars(text, utf);
   SDL_PushEvent(&e);
+}
+
+// The X11 window behind an SDL window, 0 on other drivers.
+HOOK(jlong, x11Window)(JNIEnv*, jclass, jint window) {
+  SDL_Window* w = SDL_GetWindowFromID(static_cast<Uint32>(window));
+  SDL_SysWMinfo info;
+  SDL_VERSION(&info.version);
+  if (!w || !SDL_GetWindowWMInfo(w, &info) || info.subsystem != SDL_SYSWM_X11) return 0;
+  return static_cast<jlong>(info.info.x11.window);
 }
 
 HOOK(void, close)(JNIEnv*, jclass, jint window) {

@@ -21,6 +21,9 @@ public final class SdlInject {
   /** A composition in progress: its text, caret and selected length, in characters. */
   public static native void editing(int window, String text, int start, int length);
 
+  /** The X11 window behind the console's window; 0 on other video drivers. */
+  public static native long x11Window(int window);
+
   public static native void close(int window);
 
   public static native void dropFiles(int window, String[] paths);
