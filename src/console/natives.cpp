@@ -333,7 +333,7 @@ NATIVE(jboolean, n_1isDisplayAvailable)(JNIEnv*, jclass, jint, jint, jint, jint)
 
 // Drag and drop
 NATIVE(void, n_1enableDrop)(JNIEnv*, jclass, jboolean enabled) {
-  theConsole->enableDrop(enabled);
+  if (theConsole) theConsole->enableDrop(enabled);
 }
 
 // Inline web views: not built yet, beyond the slot selection and the reserved entries.

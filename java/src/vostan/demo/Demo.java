@@ -41,6 +41,7 @@ public final class Demo {
     MovieQuad movie = graphics ? MovieQuad.open(System.getProperty("vostan.movie")) : null;
     if (movie != null) System.out.println(movie.describe());
 
+    InputEcho.start();
     AudioManagerWin32 audio = new AudioManagerWin32();
     if (!audio.init()) audio = null;
     System.out.println(audio == null ? "no sound device" : "sound device open");
@@ -59,6 +60,8 @@ public final class Demo {
       while ((e = WinConsole.n_peekEvent()) != null) {
         int t = WinConsole.n_getTimeMillis() - start;
         System.out.printf("%6d ms  %s%n", t, e);
+        String detail = InputEcho.describe(e);
+        if (detail != null) System.out.println("         " + detail);
         events++;
         if (e instanceof ApplicationEvent) {
           int id = ((ApplicationEvent) e).getID();
