@@ -88,8 +88,7 @@ void WinConsole::placeCandidates(uint32_t lists) {
   // Below and right of the point Java gave, in both modes.
   for (uint32_t index = 0; index < 32; ++index) {
     if (lists & (1u << index))
-      windowSystem().immSetCandidateWindow(inputContext, index,
-                                           {candidateX + 3, candidateY + 32});
+      windowSystem().immSetCandidateWindow(inputContext, index, {candidateX + 3, candidateY + 32});
   }
 }
 
@@ -126,8 +125,8 @@ jobject WinConsole::compositionEvent(JavaEvents& events, uint32_t changes) {
       kinds.push_back(runs.attributes[i]);
     }
     if (kinds.empty())
-      return events.inputMethodEvent(kInputMethodEvent, text.data(),
-                                     static_cast<int>(text.size()), nullptr, committedCount, caret);
+      return events.inputMethodEvent(kInputMethodEvent, text.data(), static_cast<int>(text.size()),
+                                     nullptr, committedCount, caret);
     // The composition's last boundary closes the list; without runs of its own
     // the committed run ends with the committed text.
     boundaries.push_back(runs.attributes.empty() ? committedCount

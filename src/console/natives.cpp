@@ -66,8 +66,9 @@ jobject JniEvents::inputMethodEvent(int id, const char16_t* text, int length,
                                     const int32_t* attributes, int committedCount, int caret) {
   static jmethodID factory = nullptr;
   if (!factory)
-    factory = env_->GetStaticMethodID(cls_, "createInputMethodEvent",
-                                      "(ILjava/lang/String;[III)Lmirelo/mwt/event/InputMethodEvent;");
+    factory =
+        env_->GetStaticMethodID(cls_, "createInputMethodEvent",
+                                "(ILjava/lang/String;[III)Lmirelo/mwt/event/InputMethodEvent;");
   if (!factory) return nullptr;
   jstring string = nullptr;
   jintArray array = nullptr;

@@ -77,9 +77,8 @@ TEST_F(DesktopTest, PlacementsAreSavedBeforeTheModeAndRestoredBeforeTheNewWindow
   ws.calls.clear();
   console->createDisplay(800, 600, 32, 60);
   auto at = [this](const std::string& prefix) {
-    const auto it = std::find_if(ws.calls.begin(), ws.calls.end(), [&](const std::string& c) {
-      return c.rfind(prefix, 0) == 0;
-    });
+    const auto it = std::find_if(ws.calls.begin(), ws.calls.end(),
+                                 [&](const std::string& c) { return c.rfind(prefix, 0) == 0; });
     return it - ws.calls.begin();
   };
   EXPECT_LT(at("getWindowPlacement 1"), at("getWindowPlacement 2"));

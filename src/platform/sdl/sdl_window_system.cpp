@@ -690,8 +690,8 @@ void SdlWindowSystem::immCancelComposition(InputContext context) {
   endComposition(windowOf(context), it->second, nullptr);
 }
 
-int32_t SdlWindowSystem::immGetCompositionString(InputContext context, uint32_t kind,
-                                                 void* buffer, uint32_t size) {
+int32_t SdlWindowSystem::immGetCompositionString(InputContext context, uint32_t kind, void* buffer,
+                                                 uint32_t size) {
   auto it = contexts_.find(context);
   return it == contexts_.end() ? -1 : readComposition(it->second.composition, kind, buffer, size);
 }
