@@ -3,6 +3,13 @@
 // logic expects: window changes are sent to the window procedure at once, as
 // the system sends size and activation; input is queued in arrival order,
 // with the messages the library posts itself.
+// Input methods: SDL's text-editing events are the composition (its caret, and
+// the selected clause as converted text), its text input the result; the
+// candidate list goes where SDL_SetTextInputRect puts it. A detached context
+// only stops compositions being reported: SDL has no way to turn the input
+// method off and keep typed characters, and no reading strings or clauses.
+// Drops: SDL tells only of a finished drop, so a drag enters, passes over and
+// drops at once. Desktop windows: X11 only (see desktop_windows.h).
 #include <SDL.h>
 
 #include <map>
@@ -64,7 +71,9 @@ class SdlWindowSystem : public WindowSystem {
   int16_t getAsyncKeyState(int vk) override;
   void getKeyboardState(uint8_t state[256]) override;
   uint32_t getKeyboardLayout() override;
-  int getKeyboardType() override { return 4; }
+  // The keyboard's type isn't told on this platform: a Japanese keyboard (7)
+  // is taken to go with a Japanese locale, any other is the enhanced one (4).
+  int getKeyboardType() override { return (getKeyboardLayout() & 0xFFFF) == 0x411 ? 7 : 4; }
   uint32_t mapVirtualKey(uint32_t code) override;
   int toAscii(uint32_t vk, uint32_t scan, const uint8_t state[256], uint16_t* out) override;
   int16_t vkKeyScan(char ch) override;
