@@ -1,5 +1,9 @@
 package vostan.test;
 
+import static vostan.test.ConsoleChecks.check;
+import static vostan.test.ConsoleChecks.finish;
+import static vostan.test.ConsoleChecks.pump;
+
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
@@ -10,25 +14,6 @@ import mirelo.mwt.event.MWTEvent;
 
 /** Compositions pushed through SDL's text-editing events reach Java as input method events. */
 public final class InputMethodEndToEnd {
-  private static int failures = 0;
-
-  private static void check(boolean ok, String what) {
-    System.out.println((ok ? "ok   " : "FAIL ") + what);
-    if (!ok) failures++;
-  }
-
-  private static List<MWTEvent> pump() {
-    List<MWTEvent> events = new ArrayList<>();
-    for (int frame = 0; frame < 3; frame++) {
-      WinConsole.n_update();
-      Object e;
-      while ((e = WinConsole.n_peekEvent()) != null) {
-        events.add((MWTEvent) e);
-      }
-    }
-    return events;
-  }
-
   /** The input method events among the events, and the characters typed. */
   private static String describe(List<MWTEvent> events) {
     StringBuilder out = new StringBuilder();
@@ -105,7 +90,6 @@ public final class InputMethodEndToEnd {
     expect(pump(), "[\u3042 [0] 0 1]", "on again");
 
     check(WinConsole.n_disposeDisplay(), "n_disposeDisplay");
-    System.out.println(failures == 0 ? "input methods end-to-end: all passed" : failures + " failed");
-    System.exit(failures == 0 ? 0 : 1);
+    finish("input methods end-to-end");
   }
 }

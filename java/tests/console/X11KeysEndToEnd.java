@@ -1,5 +1,8 @@
 package vostan.test;
 
+import static vostan.test.ConsoleChecks.check;
+import static vostan.test.ConsoleChecks.finish;
+
 import java.io.IOException;
 import java.util.ArrayList;
 import java.util.List;
@@ -13,13 +16,7 @@ import mirelo.mwt.event.MWTEvent;
  * codes and characters; files dropped arrive as the drop events in order.
  */
 public final class X11KeysEndToEnd {
-  private static int failures = 0;
   private static final String TITLE = "x11 keys";
-
-  private static void check(boolean ok, String what) {
-    System.out.println((ok ? "ok   " : "FAIL ") + what);
-    if (!ok) failures++;
-  }
 
   private static String run(String... command) {
     try {
@@ -33,7 +30,7 @@ public final class X11KeysEndToEnd {
   }
 
   /** Pumps until the events stop coming for a while. */
-  private static List<MWTEvent> pump() throws InterruptedException {
+  private static List<MWTEvent> pumpUntilQuiet() throws InterruptedException {
     List<MWTEvent> events = new ArrayList<>();
     long quietSince = System.currentTimeMillis();
     long start = quietSince;
@@ -74,7 +71,7 @@ public final class X11KeysEndToEnd {
 
   private static void key(String xdoKeys, String expected) throws InterruptedException {
     run("xdotool", "key", "--delay", "30", xdoKeys);
-    String got = keys(pump());
+    String got = keys(pumpUntilQuiet());
     check(got.equals(expected), String.format("%-14s %s", xdoKeys, got)
         + (got.equals(expected) ? "" : "   expected " + expected));
   }
@@ -83,13 +80,13 @@ public final class X11KeysEndToEnd {
     System.loadLibrary("vostan");
     WinConsole.n_init();
     check(WinConsole.n_createWindow(TITLE, 320, 240, 1), "n_createWindow");
-    pump();
+    pumpUntilQuiet();
     long xWindow = SdlInject.x11Window(WinConsole.n_getWindowHandle());
     check(xWindow != 0, "the window is on the X server: " + xWindow);
     String x = Long.toString(xWindow);
     run("xdotool", "mousemove", "--window", x, "20", "20");
     run("xdotool", "windowfocus", "--sync", x);
-    pump();
+    pumpUntilQuiet();
 
     // Letters and digits: code, and the character of the key.
     key("a", "P65/a T/a R65/a");
@@ -156,7 +153,7 @@ public final class X11KeysEndToEnd {
     List<Integer> ids = new ArrayList<>();
     Object files = null;
     boolean same = true;
-    for (MWTEvent e : pump()) {
+    for (MWTEvent e : pumpUntilQuiet()) {
       if (!(e instanceof DropTargetEvent)) continue;
       DropTargetEvent d = (DropTargetEvent) e;
       ids.add(d.getID());
@@ -169,7 +166,6 @@ public final class X11KeysEndToEnd {
         "a drop: enter, over, drop with one array: " + ids);
 
     check(WinConsole.n_disposeDisplay(), "n_disposeDisplay");
-    System.out.println(failures == 0 ? "x11 keys end-to-end: all passed" : failures + " failed");
-    System.exit(failures == 0 ? 0 : 1);
+    finish("x11 keys end-to-end");
   }
 }

@@ -148,32 +148,13 @@ int virtualKeyOfScancode(SDL_Scancode s) {
 }
 
 int padNavigationKey(SDL_Scancode s) {
-  switch (s) {
-    case SDL_SCANCODE_KP_0:
-      return 45;  // insert
-    case SDL_SCANCODE_KP_1:
-      return 35;  // end
-    case SDL_SCANCODE_KP_2:
-      return 40;  // down
-    case SDL_SCANCODE_KP_3:
-      return 34;  // page down
-    case SDL_SCANCODE_KP_4:
-      return 37;  // left
-    case SDL_SCANCODE_KP_5:
-      return 12;  // clear
-    case SDL_SCANCODE_KP_6:
-      return 39;  // right
-    case SDL_SCANCODE_KP_7:
-      return 36;  // home
-    case SDL_SCANCODE_KP_8:
-      return 38;  // up
-    case SDL_SCANCODE_KP_9:
-      return 33;  // page up
-    case SDL_SCANCODE_KP_PERIOD:
-      return 46;  // delete
-    default:
-      return 0;
-  }
+  // Insert, end, down, page down, left, clear, right, home, up, page up: under 0 to 9.
+  static constexpr int kUnderDigit[10] = {45, 35, 40, 34, 37, 12, 39, 36, 38, 33};
+  if (s >= SDL_SCANCODE_KP_1 && s <= SDL_SCANCODE_KP_9)
+    return kUnderDigit[1 + (s - SDL_SCANCODE_KP_1)];
+  if (s == SDL_SCANCODE_KP_0) return kUnderDigit[0];
+  if (s == SDL_SCANCODE_KP_PERIOD) return 46;  // delete
+  return 0;
 }
 
 uint32_t monotonicMillis() {
