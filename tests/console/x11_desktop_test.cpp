@@ -58,7 +58,9 @@ TEST(X11DesktopTest, AnotherClientsWindowComesBackAfterFullScreen) {
   platform::setWindowSystem(nullptr);  // the real one: SDL on X11
   WinConsole* console = initConsole();
   ASSERT_TRUE(console->createWindow("desktop", 320, 200, 1));
-  console->createDisplay(640, 480, 32, -1);
+  platform::DisplayMode mode;  // the one mode the screen lists
+  ASSERT_TRUE(platform::windowSystem().enumDisplaySettings(0, mode));
+  console->createDisplay(mode.width, mode.height, mode.bits, -1);
   ASSERT_EQ(console->displayKind, 2);
   // What a mode change does to the desktop.
   for (Window w : {editor, untitled, dialog}) other.place(w, 300, 310, 150, 90);
