@@ -548,9 +548,18 @@ void SdlWindowSystem::translate(const SDL_Event& e) {
 
 void SdlWindowSystem::typeCharacters(WindowHandle window, const char16_t* wide, std::size_t n) {
   // Characters arrive as bytes of the keyboard's code page, one message each.
-  std::vector<char> bytes(n * 4 + 1);
-  const std::size_t m = wideToMultiByte(ansiCodePageOfLanguage(getKeyboardLayout()), wide, n,
-                                        bytes.data(), bytes.size());
+  // Typed keys fit the stack; only a long committed composition needs the heap.
+  char small[SDL_TEXTINPUTEVENT_TEXT_SIZE * 3];
+  std::vector<char> large;
+  char* bytes = small;
+  std::size_t capacity = sizeof small;
+  if (n * 3 > capacity) {
+    large.resize(n * 3);
+    bytes = large.data();
+    capacity = large.size();
+  }
+  const std::size_t m =
+      wideToMultiByte(ansiCodePageOfLanguage(getKeyboardLayout()), wide, n, bytes, capacity);
   const SDL_Keymod mod = SDL_GetModState();
   const bool altGraph = (mod & (KMOD_MODE | KMOD_RALT)) != 0;
   const bool system = !altGraph && (mod & KMOD_LALT) != 0;
