@@ -7,7 +7,7 @@ PACKAGES=(
   build-essential cmake ninja-build pkg-config clang clang-format libclang-rt-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   openjdk-17-jdk-headless
-  libsdl2-dev xvfb xauth xdotool
+  libsdl2-dev libx11-dev xvfb xauth xdotool
   libgl-dev libegl-dev libgl1-mesa-dri mesa-utils
   zlib1g-dev libpng-dev libcairo2-dev
   libopenal-dev libvorbis-dev libogg-dev

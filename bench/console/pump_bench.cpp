@@ -20,6 +20,11 @@ class NullEvents : public JavaEvents {
   jobject mouseEvent(int, int, int, int, int, bool, int) override { return token(); }
   jobject applicationEvent(int) override { return token(); }
   jobject dropTargetEvent(int, int, int, int, jobject) override { return token(); }
+  jobject inputMethodEvent(int, const char16_t*, int, const int32_t*, int, int) override {
+    return token();
+  }
+  void throwOutOfMemory() override {}
+  void throwInternal() override {}
   jobject newFileArray(const std::vector<std::string>&) override { return token(); }
   jobject newGlobalRef(jobject o) override { return o; }
   void deleteGlobalRef(jobject) override {}

@@ -1,6 +1,7 @@
 // The pump: one window message at a time becomes at most one Java event.
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include "bridge/bridge.h"
 #include "console/drop_target.h"
@@ -29,6 +30,16 @@ constexpr uintptr_t kButtonKeys = win::MK_LBUTTON | win::MK_RBUTTON | win::MK_MB
 
 int buttonBit(int button) {
   return button == 1 ? 64 : button == 2 ? 256 : 128;
+}
+
+// Dropped paths are read into a buffer of 260 bytes: longer ones come out cut,
+// at a whole character so that the name stays text.
+void cutPath(std::string& path) {
+  constexpr std::size_t kMax = 259;
+  if (path.size() <= kMax) return;
+  std::size_t end = kMax;
+  while (end > 0 && (static_cast<uint8_t>(path[end]) & 0xC0) == 0x80) --end;
+  path.resize(end);
 }
 
 }  // namespace
@@ -151,6 +162,11 @@ jobject WinConsole::handleMessage(JavaEvents& events, const Message& m) {
                                  m.message == win::WM_SYSCHAR, textCodePage);
       return k.event ? keyEvent(events, 400, k.modifiers, 0, k.character) : nullptr;
     }
+    case win::WM_IME_COMPOSITION:
+      return compositionEvent(events, static_cast<uint32_t>(m.lParam) & 0xFFFF);
+    case win::WM_IME_NOTIFY:
+      if (m.wParam == win::IMN_OPENCANDIDATE) placeCandidates(static_cast<uint32_t>(m.lParam));
+      return nullptr;
     case win::WM_MOUSEMOVE:
       return moved(events, x, y, m.wParam);
     case win::WM_LBUTTONDOWN:
@@ -182,6 +198,9 @@ jobject WinConsole::handleMessage(JavaEvents& events, const Message& m) {
     case win::MSG_CURSOR_HIDDEN:
       cursorHidden = m.wParam == 0;
       return nullptr;
+    case win::MSG_INPUT_CONTEXT:
+      inputContextMessage(m.wParam);
+      return nullptr;
     case win::MSG_CLOSE_REQUESTED:
       return applicationEvent(events, 2101);
     case win::MSG_ACTIVATED:
@@ -208,6 +227,7 @@ jobject WinConsole::dropEvent(JavaEvents& events, const Message& m) {
       // The file list becomes Java objects here, once per drag.
       if (!target || !target->hasMedium) return nullptr;
       if (target->files) events.deleteGlobalRef(target->files);
+      for (std::string& path : target->medium) cutPath(path);
       target->files = events.newFileArray(target->medium);
       target->medium.clear();
       target->hasMedium = false;

@@ -16,6 +16,13 @@ class JavaEvents {
                              int rotation) = 0;
   virtual jobject applicationEvent(int id) = 0;
   virtual jobject dropTargetEvent(int id, int keyState, int x, int y, jobject files) = 0;
+  // `text` null makes a null string; `attributes` null a null array, else one
+  // entry per unit of text.
+  virtual jobject inputMethodEvent(int id, const char16_t* text, int length,
+                                   const int32_t* attributes, int committedCount, int caret) = 0;
+  // Leave an exception pending for Java to see when the native returns.
+  virtual void throwOutOfMemory() = 0;
+  virtual void throwInternal() = 0;
   // A new java.io.File[] of the paths, held as a global reference.
   virtual jobject newFileArray(const std::vector<std::string>& paths) = 0;
   virtual jobject newGlobalRef(jobject) = 0;
@@ -34,6 +41,10 @@ class JniEvents final : public JavaEvents {
                      int rotation) override;
   jobject applicationEvent(int id) override;
   jobject dropTargetEvent(int id, int keyState, int x, int y, jobject files) override;
+  jobject inputMethodEvent(int id, const char16_t* text, int length, const int32_t* attributes,
+                           int committedCount, int caret) override;
+  void throwOutOfMemory() override;
+  void throwInternal() override;
   jobject newFileArray(const std::vector<std::string>& paths) override;
   jobject newGlobalRef(jobject o) override { return env_->NewGlobalRef(o); }
   void deleteGlobalRef(jobject o) override { env_->DeleteGlobalRef(o); }

@@ -62,6 +62,40 @@ jobject JniEvents::dropTargetEvent(int id, int keyState, int x, int y, jobject f
   return checked(env_->CallStaticObjectMethod(cls_, factory, id, keyState, x, y, files));
 }
 
+jobject JniEvents::inputMethodEvent(int id, const char16_t* text, int length,
+                                    const int32_t* attributes, int committedCount, int caret) {
+  static jmethodID factory = nullptr;
+  if (!factory)
+    factory =
+        env_->GetStaticMethodID(cls_, "createInputMethodEvent",
+                                "(ILjava/lang/String;[III)Lmirelo/mwt/event/InputMethodEvent;");
+  if (!factory) return nullptr;
+  jstring string = nullptr;
+  jintArray array = nullptr;
+  if (text) {
+    string = env_->NewString(reinterpret_cast<const jchar*>(text), length);
+    if (!string) return nullptr;
+  }
+  if (text && attributes) {
+    array = env_->NewIntArray(length);
+    if (!array) return nullptr;
+    env_->SetIntArrayRegion(array, 0, length, attributes);
+  }
+  jobject event = checked(
+      env_->CallStaticObjectMethod(cls_, factory, id, string, array, committedCount, caret));
+  if (string) env_->DeleteLocalRef(string);
+  if (array) env_->DeleteLocalRef(array);
+  return event;
+}
+
+void JniEvents::throwOutOfMemory() {
+  throwOutOfMemoryError(env_, "out of memory error");
+}
+
+void JniEvents::throwInternal() {
+  throwInternalError(env_, "internal error");
+}
+
 jobject JniEvents::newFileArray(const std::vector<std::string>& paths) {
   static jclass fileClass = nullptr;
   static jmethodID fileInit = nullptr;
@@ -226,24 +260,29 @@ NATIVE(void, n_1setCursorVisible)(JNIEnv*, jclass, jboolean visible) {
   }
 }
 
-// Input methods: the settings are kept; composition comes with input method support.
+// Input methods. Before n_init there is no console: these do nothing.
 
 NATIVE(void, n_1enableInputMethods)(JNIEnv*, jclass, jboolean enabled) {
+  if (!theConsole) return;
   theConsole->inputMethodsEnabled = enabled;
+  // The pump attaches the context, or cancels the composition and detaches it.
   windowSystem().postMessage(theConsole->window, vostan::win::MSG_INPUT_CONTEXT, enabled ? 1 : 0,
                              0);
 }
 
 NATIVE(jint, n_1setInputMethodActiveMode)(JNIEnv*, jclass) {
+  if (!theConsole) return 0;
   theConsole->inputMethodMode = 2;
   return 1;
 }
 
 NATIVE(void, n_1setInputMethodPassiveMode)(JNIEnv*, jclass, jboolean passive) {
-  theConsole->inputMethodMode = passive ? 1 : 0;
+  if (theConsole) theConsole->inputMethodMode = passive ? 1 : 0;
 }
 
 NATIVE(void, n_1setCandidateLocation)(JNIEnv*, jclass, jint x, jint y) {
+  if (!theConsole) return;
+  // Applied when the candidate list opens next.
   theConsole->candidateX = x;
   theConsole->candidateY = y;
 }
@@ -295,7 +334,7 @@ NATIVE(jboolean, n_1isDisplayAvailable)(JNIEnv*, jclass, jint, jint, jint, jint)
 
 // Drag and drop
 NATIVE(void, n_1enableDrop)(JNIEnv*, jclass, jboolean enabled) {
-  theConsole->enableDrop(enabled);
+  if (theConsole) theConsole->enableDrop(enabled);
 }
 
 // Inline web views: not built yet, beyond the slot selection and the reserved entries.

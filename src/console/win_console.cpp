@@ -90,10 +90,13 @@ bool WinConsole::createWindow(const char* title, int width, int height, int fram
   windowStyle = style;
   cursor = ws.loadArrowCursor();
   deviceContext = ws.getDC(w);
+  makeInputContext();
   ws.showWindow(w, win::SW_SHOW);
   updateClientRect();
   ws.setForegroundWindow(w);
+  // A new display starts with input methods on, whatever the flag says.
   ws.postMessage(w, win::MSG_INPUT_CONTEXT, 1, 0);
+  ws.immAssociateContext(w, inputContext);
   foreground = 1;
   if (audio) audio->setWindow(window);
   return true;
@@ -131,8 +134,10 @@ void WinConsole::createDisplay(int width, int height, int bits, int refresh) {
   windowStyle = win::WS_POPUP | win::WS_VISIBLE | win::WS_CLIPCHILDREN;
   cursor = ws.loadArrowCursor();
   deviceContext = ws.getDC(w);
+  makeInputContext();
   updateClientRect();
   ws.postMessage(w, win::MSG_INPUT_CONTEXT, 1, 0);
+  ws.immAssociateContext(w, inputContext);
   foreground = 1;
   if (audio) audio->setWindow(window);
 }
@@ -148,6 +153,7 @@ void WinConsole::destroyDisplay(bool resetMode) {
       std::free(consolePropertyName);
       consolePropertyName = nullptr;
     }
+    destroyInputContext();
     ws.destroyWindow(window);
     window = 0;
     cursor = 0;

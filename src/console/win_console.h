@@ -63,6 +63,13 @@ class WinConsole {
   void disableEvents(const int32_t* ids, int count);
   void enableDrop(bool enabled);
 
+  // Input methods
+  void makeInputContext();
+  void destroyInputContext();
+  void inputContextMessage(uintptr_t attach);
+  void placeCandidates(uint32_t lists);
+  jobject compositionEvent(JavaEvents& events, uint32_t changes);
+
   // Desktop placements kept across a stay in full screen.
   void savePlacements();
   void restorePlacements();

@@ -40,6 +40,22 @@ constexpr uint32_t WM_MOUSEWHEEL = 0x020A;
 constexpr uint32_t WM_SIZING = 0x0214;
 constexpr uint32_t WM_IME_NOTIFY = 0x0282;
 
+// Input method composition: GCS_* kinds of WM_IME_COMPOSITION's lParam, the
+// composition attributes, and the notification that a candidate list opens.
+constexpr uint32_t GCS_COMPREADSTR = 0x0001;
+constexpr uint32_t GCS_COMPSTR = 0x0008;
+constexpr uint32_t GCS_COMPATTR = 0x0010;
+constexpr uint32_t GCS_COMPCLAUSE = 0x0020;
+constexpr uint32_t GCS_CURSORPOS = 0x0080;
+constexpr uint32_t GCS_RESULTSTR = 0x0800;
+constexpr uint32_t GCS_RESULTCLAUSE = 0x1000;
+constexpr uint32_t GCS_RESULT_BITS = 0x1E00;
+constexpr uint32_t GCS_COMPOSITION_BITS = 0x01BF;
+constexpr uint8_t ATTR_INPUT = 0;
+constexpr uint8_t ATTR_TARGET_CONVERTED = 1;
+constexpr uint8_t ATTR_CONVERTED = 2;
+constexpr uintptr_t IMN_OPENCANDIDATE = 5;
+
 // Messages private to the library: window procedure and drop target to pump.
 constexpr uint32_t MSG_DRAG_ENTERED = 0x8064;
 constexpr uint32_t MSG_DRAGGED_OVER = 0x8065;

@@ -39,6 +39,8 @@ struct DesktopWindowInfo {
   bool visible = false;
   bool owned = false;  // has an owner window
 };
+using InputContext = uintptr_t;  // 0 = none
+
 using EnumWindowsProc = void (*)(void* context, const DesktopWindowInfo&);
 struct WindowPlacement {
   int32_t showCommand = 0;
@@ -128,6 +130,23 @@ class WindowSystem {
   virtual bool getWindowPlacement(DesktopWindow, WindowPlacement& out) = 0;
   virtual void setWindowPlacement(DesktopWindow, const WindowPlacement&) = 0;
 
+  // Input method contexts: compositions of text the keys can't type directly.
+  // A context attached to a window reports its composition with WM_IME_*
+  // messages; the composition is read back from the context by GCS_* kind.
+  virtual InputContext immCreateContext() = 0;
+  virtual void immDestroyContext(InputContext) = 0;
+  virtual void immAssociateContext(WindowHandle, InputContext) = 0;  // 0 detaches
+  // Drops the composition in progress, as the user's cancel key would.
+  virtual void immCancelComposition(InputContext) = 0;
+  // Copies the data of one GCS_* kind into `buffer` (strings are UTF-16
+  // units, attributes one byte per unit, clauses 32-bit offsets) and returns
+  // its size in bytes; with a null buffer only the size. GCS_CURSORPOS returns
+  // the caret in units. Negative when the context has no such data.
+  virtual int32_t immGetCompositionString(InputContext, uint32_t kind, void* buffer,
+                                          uint32_t size) = 0;
+  // Where candidate list `index` shows, in the window's client coordinates.
+  virtual void immSetCandidateWindow(InputContext, uint32_t index, Point client) = 0;
+
   // Files dropped on a window go to its target.
   virtual bool registerDragDrop(WindowHandle, DropTarget* target) = 0;
   virtual void revokeDragDrop(WindowHandle) = 0;
@@ -136,6 +155,11 @@ class WindowSystem {
   virtual uint32_t timeGetTime() = 0;
   virtual void timeBeginPeriod(uint32_t ms) = 0;
 };
+
+// Whether the screen lists the mode: width and height, and bits and refresh
+// where the mode's fields name them.
+bool displayModeListed(WindowSystem& system, const DisplayMode& mode);
+constexpr int32_t kDisplayChangeBadMode = -2;
 
 // The backend the library uses; the SDL one unless a test installed another.
 WindowSystem& windowSystem();

@@ -1,6 +1,9 @@
 // Display modes' effect on the desktop, and files dropped on the window.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <utility>
+
 #include "console/drop_target.h"
 #include "console/win_console.h"
 #include "console_fixture.h"
@@ -66,6 +69,41 @@ TEST_F(DesktopTest, FullScreenKeepsTheFirstHundredQualifyingWindowsInPlace) {
   EXPECT_TRUE(ws.called("changeDisplaySettings default"));
 }
 
+TEST_F(DesktopTest, PlacementsAreSavedBeforeTheModeAndRestoredBeforeTheNewWindow) {
+  ws.modes = {{0, 640, 480, 32, 60}, {0, 800, 600, 16, 75}, {0, 800, 600, 32, 60}};
+  addDesktopWindow(1, "mail");
+  addDesktopWindow(2, "editor");
+  ASSERT_TRUE(console->createWindow("game", 320, 200, 0));
+  ws.calls.clear();
+  console->createDisplay(800, 600, 32, 60);
+  auto at = [this](const std::string& prefix) {
+    const auto it = std::find_if(ws.calls.begin(), ws.calls.end(),
+                                 [&](const std::string& c) { return c.rfind(prefix, 0) == 0; });
+    return it - ws.calls.begin();
+  };
+  EXPECT_LT(at("getWindowPlacement 1"), at("getWindowPlacement 2"));
+  EXPECT_LT(at("getWindowPlacement 2"), at("changeDisplaySettings 800x600"));
+  EXPECT_EQ(ws.currentMode.refresh, 60);
+
+  // A mode the screen doesn't list leaves it alone; the console still goes full screen.
+  for (const auto& [bits, refresh] : {std::pair{32, 75}, std::pair{24, -1}}) {
+    console->createDisplay(800, 600, bits, refresh);
+    EXPECT_EQ(console->displayKind, 2);
+    EXPECT_EQ(ws.currentMode.refresh, 60) << bits;
+  }
+  console->createDisplay(640, 480, -1, -1);  // bits and refresh left open: listed
+  EXPECT_EQ(ws.currentMode.width, 640);
+
+  for (auto& [h, d] : ws.desktop) d.placement.normalPosition.left = 500;
+  ws.calls.clear();
+  ASSERT_TRUE(console->createWindow("game", 320, 200, 0));
+  EXPECT_LT(at("changeDisplaySettings default"), at("setWindowPlacement 1"));
+  EXPECT_LT(at("setWindowPlacement 1"), at("setWindowPlacement 2"));
+  EXPECT_LT(at("setWindowPlacement 2"), at("createWindow console_win"));
+  EXPECT_EQ(placedAt(1), 10);
+  EXPECT_EQ(ws.currentMode.width, 1920);
+}
+
 TEST_F(DesktopTest, DroppedFilesArriveAsOneArrayFromEnterToDrop) {
   ASSERT_TRUE(console->createWindow("game", 320, 200, 1));
   drain();
@@ -112,6 +150,17 @@ TEST_F(DesktopTest, TextDragsAreRefusedAndLeavingReleasesTheFiles) {
   const test::EventRecord left = *next();
   EXPECT_EQ(left.id, 3001);
   EXPECT_TRUE(events.globals.empty());
+
+  // A path longer than 259 bytes comes out cut, never inside a character.
+  const std::string stem = "/tmp/" + std::string(253, 'a');
+  const std::string longPath = stem + "\xc3\xa9" + "tail", fits = stem + "b.swf";
+  const char* long2[] = {longPath.c_str(), fits.c_str()};
+  target->dragEnter(long2, 2, 0, {0, 0});
+  const std::vector<std::string>& cut = events.filesOf(next()->files);
+  EXPECT_EQ(cut[0], stem);
+  EXPECT_EQ(cut[1], fits.substr(0, 259));
+  target->dragLeave();
+  next();
 
   console->enableDrop(false);
   EXPECT_TRUE(ws.dropTargets.empty());

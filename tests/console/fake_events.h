@@ -15,6 +15,11 @@ struct EventRecord {
   bool popup = false;
   uint16_t character = 0;
   jobject files = nullptr;
+  // Input method events: null text and null attributes are told apart from empty ones.
+  bool hasText = false, hasAttributes = false;
+  std::u16string text;
+  std::vector<int32_t> attributes;
+  int committedCount = 0, caret = 0;
 };
 
 class FakeEvents : public JavaEvents {
@@ -23,6 +28,7 @@ class FakeEvents : public JavaEvents {
   std::set<uintptr_t> globals;
   std::vector<uintptr_t> deleted;
   std::vector<std::vector<std::string>> fileArrays;
+  int outOfMemoryThrown = 0, internalThrown = 0;
 
   jobject keyEvent(int id, int modifiers, int keyCode, uint16_t character) override {
     EventRecord r;
@@ -46,6 +52,18 @@ class FakeEvents : public JavaEvents {
     r.id = id, r.modifiers = keyState, r.x = x, r.y = y, r.files = files;
     return add(r);
   }
+  jobject inputMethodEvent(int id, const char16_t* text, int length, const int32_t* attributes,
+                           int committedCount, int caret) override {
+    EventRecord r;
+    r.id = id, r.committedCount = committedCount, r.caret = caret;
+    r.hasText = text != nullptr;
+    if (text) r.text.assign(text, static_cast<std::size_t>(length));
+    r.hasAttributes = text && attributes;
+    if (r.hasAttributes) r.attributes.assign(attributes, attributes + length);
+    return add(r);
+  }
+  void throwOutOfMemory() override { ++outOfMemoryThrown; }
+  void throwInternal() override { ++internalThrown; }
   // File arrays are numbered apart from events, tagged in bit 41, and held as globals.
   jobject newFileArray(const std::vector<std::string>& paths) override {
     fileArrays.push_back(paths);

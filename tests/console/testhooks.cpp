@@ -1,6 +1,7 @@
 // Test-only natives that push SDL events, as a user at the window would make
 // them, so that JVM tests drive the real backend.
 #include <SDL.h>
+#include <SDL_syswm.h>
 #include <jni.h>
 
 #include <cstring>
@@ -56,6 +57,37 @@ HOOK(void, text)(JNIEnv* env, jclass, jint window, jstring text) {
   std::strncpy(e.text.text, utf, sizeof e.text.text - 1);
   env->ReleaseStringUTFChars(text, utf);
   SDL_PushEvent(&e);
+}
+
+// A composition as the input method reports it; text longer than the event's
+// own buffer goes as the extended event, as SDL sends it.
+HOOK(void, editing)(JNIEnv* env, jclass, jint window, jstring text, jint start, jint length) {
+  SDL_Event e{};
+  const char* utf = env->GetStringUTFChars(text, nullptr);
+  if (std::strlen(utf) < sizeof e.edit.text) {
+    e.type = SDL_TEXTEDITING;
+    e.edit.windowID = static_cast<Uint32>(window);
+    std::strncpy(e.edit.text, utf, sizeof e.edit.text - 1);
+    e.edit.start = start;
+    e.edit.length = length;
+  } else {
+    e.type = SDL_TEXTEDITING_EXT;
+    e.editExt.windowID = static_cast<Uint32>(window);
+    e.editExt.text = SDL_strdup(utf);  // the receiver frees it
+    e.editExt.start = start;
+    e.editExt.length = length;
+  }
+  env->ReleaseStringUTFChars(text, utf);
+  SDL_PushEvent(&e);
+}
+
+// The X11 window behind an SDL window, 0 on other drivers.
+HOOK(jlong, x11Window)(JNIEnv*, jclass, jint window) {
+  SDL_Window* w = SDL_GetWindowFromID(static_cast<Uint32>(window));
+  SDL_SysWMinfo info;
+  SDL_VERSION(&info.version);
+  if (!w || !SDL_GetWindowWMInfo(w, &info) || info.subsystem != SDL_SYSWM_X11) return 0;
+  return static_cast<jlong>(info.info.x11.window);
 }
 
 HOOK(void, close)(JNIEnv*, jclass, jint window) {

@@ -1,5 +1,9 @@
 package vostan.test;
 
+import static vostan.test.ConsoleChecks.check;
+import static vostan.test.ConsoleChecks.finish;
+import static vostan.test.ConsoleChecks.pump;
+
 import java.io.File;
 import java.util.ArrayList;
 import java.util.Arrays;
@@ -14,27 +18,6 @@ import mirelo.mwt.event.MouseEvent;
 
 /** The console in a real JVM: a window, its first events, and input pushed through SDL. */
 public final class ConsoleEndToEnd {
-  private static int failures = 0;
-
-  private static void check(boolean ok, String what) {
-    System.out.println((ok ? "ok   " : "FAIL ") + what);
-    if (!ok) failures++;
-  }
-
-  private static List<MWTEvent> pump() {
-    List<MWTEvent> events = new ArrayList<>();
-    // The events pushed from this thread are in SDL's queue already; a few frames
-    // let the window system's own events settle too.
-    for (int frame = 0; frame < 5; frame++) {
-      WinConsole.n_update();
-      Object e;
-      while ((e = WinConsole.n_peekEvent()) != null) {
-        events.add((MWTEvent) e);
-      }
-    }
-    return events;
-  }
-
   private static List<Integer> ids(List<MWTEvent> events) {
     List<Integer> ids = new ArrayList<>();
     for (MWTEvent e : events) {
@@ -112,7 +95,8 @@ public final class ConsoleEndToEnd {
     WinConsole.n_enableDrop(true);
     SdlInject.dropFiles(window, new String[] {"/tmp/one.swf", "/tmp/caf\u00e9.ogg"});
     List<MWTEvent> drops = pump();
-    check(ids(drops).equals(List.of(3000, 3003)), "files dropped: enter, drop: " + ids(drops));
+    check(ids(drops).equals(List.of(3000, 3002, 3003)),
+        "files dropped: enter, over, drop: " + ids(drops));
     DropTargetEvent entered = find(drops, 3000, DropTargetEvent.class);
     DropTargetEvent dropped = find(drops, 3003, DropTargetEvent.class);
     check(entered != null && dropped != null && entered.getFiles() == dropped.getFiles(),
@@ -142,7 +126,6 @@ public final class ConsoleEndToEnd {
     check(WinConsole.n_getWindowHandle() == 0, "no window after dispose");
     check(WinConsole.n_peekEvent() == null, "nothing left");
 
-    System.out.println(failures == 0 ? "console end-to-end: all passed" : failures + " failed");
-    System.exit(failures == 0 ? 0 : 1);
+    finish("console end-to-end");
   }
 }

@@ -18,6 +18,12 @@ public final class SdlInject {
 
   public static native void text(int window, String text);
 
+  /** A composition in progress: its text, caret and selected length, in characters. */
+  public static native void editing(int window, String text, int start, int length);
+
+  /** The X11 window behind the console's window; 0 on other video drivers. */
+  public static native long x11Window(int window);
+
   public static native void close(int window);
 
   public static native void dropFiles(int window, String[] paths);

@@ -2,6 +2,8 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <new>
+#include <stdexcept>
 
 #include "platform/us_keyboard.h"
 #include "platform/win32_defs.h"
@@ -236,6 +238,12 @@ int32_t FakeWindowSystem::changeDisplaySettings(const DisplayMode* mode, uint32_
            mode->height, mode->bits, mode->refresh, mode->fields, flags);
   else
     record("changeDisplaySettings default");
+  if (!mode) {
+    currentMode = desktopMode;
+    return 0;
+  }
+  if (!modes.empty() && !displayModeListed(*this, *mode)) return kDisplayChangeBadMode;
+  currentMode = *mode;
   return 0;
 }
 
@@ -262,6 +270,7 @@ void FakeWindowSystem::enumWindows(EnumWindowsProc proc, void* context) {
 }
 
 bool FakeWindowSystem::getWindowPlacement(DesktopWindow w, WindowPlacement& out) {
+  record("getWindowPlacement %lu", static_cast<unsigned long>(w));
   auto it = desktop.find(w);
   if (it == desktop.end()) return false;
   out = it->second.placement;
@@ -271,6 +280,41 @@ bool FakeWindowSystem::getWindowPlacement(DesktopWindow w, WindowPlacement& out)
 void FakeWindowSystem::setWindowPlacement(DesktopWindow w, const WindowPlacement& p) {
   record("setWindowPlacement %lu", static_cast<unsigned long>(w));
   if (auto it = desktop.find(w); it != desktop.end()) it->second.placement = p;
+}
+
+InputContext FakeWindowSystem::immCreateContext() {
+  const InputContext c = nextContext_++;
+  record("immCreateContext %lu", static_cast<unsigned long>(c));
+  contexts[c];
+  return c;
+}
+
+void FakeWindowSystem::immDestroyContext(InputContext c) {
+  record("immDestroyContext %lu", static_cast<unsigned long>(c));
+  contexts.erase(c);
+}
+
+void FakeWindowSystem::immAssociateContext(WindowHandle w, InputContext c) {
+  record("immAssociateContext %u %lu", w, static_cast<unsigned long>(c));
+  attached[w] = c;
+}
+
+void FakeWindowSystem::immCancelComposition(InputContext c) {
+  record("immCancelComposition %lu", static_cast<unsigned long>(c));
+  if (auto it = contexts.find(c); it != contexts.end()) it->second = Composition{};
+}
+
+int32_t FakeWindowSystem::immGetCompositionString(InputContext c, uint32_t kind, void* buffer,
+                                                  uint32_t size) {
+  if (compositionReadFailure == 1) throw std::bad_alloc();
+  if (compositionReadFailure == 2) throw std::runtime_error("unreadable composition");
+  auto it = contexts.find(c);
+  return it == contexts.end() ? -1 : readComposition(it->second, kind, buffer, size);
+}
+
+void FakeWindowSystem::immSetCandidateWindow(InputContext c, uint32_t index, Point client) {
+  record("immSetCandidateWindow %lu %u %d %d", static_cast<unsigned long>(c), index, client.x,
+         client.y);
 }
 
 bool FakeWindowSystem::registerDragDrop(WindowHandle w, DropTarget* target) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/composition.h"
 #include "platform/window_system.h"
 
 namespace vostan::platform {
@@ -36,7 +37,9 @@ class FakeWindowSystem : public WindowSystem {
   int cursorShowCount = 0;
   std::map<WindowHandle, Window> windows;
   std::vector<DisplayMode> modes;
-  DisplayMode currentMode{0, 1920, 1080, 32, 60};
+  // The desktop's mode, and the present one; an empty `modes` list takes any mode.
+  DisplayMode desktopMode{0, 1920, 1080, 32, 60};
+  DisplayMode currentMode = desktopMode;
   struct Desktop {
     std::string title, className;
     bool visible = true, owned = false;
@@ -44,6 +47,11 @@ class FakeWindowSystem : public WindowSystem {
   };
   std::map<DesktopWindow, Desktop> desktop;
   std::map<WindowHandle, DropTarget*> dropTargets;
+  // Input contexts by handle, and which one each window has attached.
+  std::map<InputContext, Composition> contexts;
+  std::map<WindowHandle, InputContext> attached;
+  // Reads of a composition fail: 1 out of memory, 2 any other error.
+  int compositionReadFailure = 0;
 
   void push(WindowHandle w, uint32_t msg, uintptr_t wp = 0, intptr_t lp = 0) {
     queue.push_back({w, msg, wp, lp});
@@ -100,6 +108,13 @@ class FakeWindowSystem : public WindowSystem {
   void enumWindows(EnumWindowsProc proc, void* context) override;
   bool getWindowPlacement(DesktopWindow, WindowPlacement& out) override;
   void setWindowPlacement(DesktopWindow, const WindowPlacement&) override;
+  InputContext immCreateContext() override;
+  void immDestroyContext(InputContext) override;
+  void immAssociateContext(WindowHandle, InputContext) override;
+  void immCancelComposition(InputContext) override;
+  int32_t immGetCompositionString(InputContext, uint32_t kind, void* buffer,
+                                  uint32_t size) override;
+  void immSetCandidateWindow(InputContext, uint32_t index, Point client) override;
   bool registerDragDrop(WindowHandle, DropTarget* target) override;
   void revokeDragDrop(WindowHandle) override;
   uint32_t timeGetTime() override { return now; }
@@ -112,6 +127,7 @@ class FakeWindowSystem : public WindowSystem {
   };
   std::map<std::string, Class> classes_;
   WindowHandle next_ = 0x100;
+  InputContext nextContext_ = 0x500;
   Rect clientOf(const Window&) const;
   void record(const char* fmt, ...);
 };

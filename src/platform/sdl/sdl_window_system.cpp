@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 #include "platform/codepage.h"
 #include "platform/us_keyboard.h"
@@ -45,6 +46,21 @@ int virtualKeyOfScancode(SDL_Scancode s) {
       return 110;
     case SDL_SCANCODE_KP_DIVIDE:
       return 111;
+    case SDL_SCANCODE_KP_COMMA:
+    case SDL_SCANCODE_SEPARATOR:
+      return 108;
+    case SDL_SCANCODE_CANCEL:
+      return 3;
+    case SDL_SCANCODE_CLEAR:
+    case SDL_SCANCODE_KP_CLEAR:
+      return 12;
+    case SDL_SCANCODE_INTERNATIONAL2:  // katakana/hiragana key
+    case SDL_SCANCODE_LANG4:
+      return 242;
+    case SDL_SCANCODE_LANG3:
+      return 241;
+    case SDL_SCANCODE_LANG5:  // zenkaku/hankaku
+      return 243;
     case SDL_SCANCODE_RETURN:
       return 13;
     case SDL_SCANCODE_ESCAPE:
@@ -131,6 +147,16 @@ int virtualKeyOfScancode(SDL_Scancode s) {
   }
 }
 
+int padNavigationKey(SDL_Scancode s) {
+  // Insert, end, down, page down, left, clear, right, home, up, page up: under 0 to 9.
+  static constexpr int kUnderDigit[10] = {45, 35, 40, 34, 37, 12, 39, 36, 38, 33};
+  if (s >= SDL_SCANCODE_KP_1 && s <= SDL_SCANCODE_KP_9)
+    return kUnderDigit[1 + (s - SDL_SCANCODE_KP_1)];
+  if (s == SDL_SCANCODE_KP_0) return kUnderDigit[0];
+  if (s == SDL_SCANCODE_KP_PERIOD) return 46;  // delete
+  return 0;
+}
+
 uint32_t monotonicMillis() {
   timespec ts;
   clock_gettime(CLOCK_MONOTONIC, &ts);
@@ -142,6 +168,10 @@ uint32_t monotonicMillis() {
 
 int SdlWindowSystem::virtualKeyOf(const SDL_Keysym& key) {
   if (key.sym >= SDLK_a && key.sym <= SDLK_z) return 'A' + (key.sym - SDLK_a);
+  if (!(key.mod & KMOD_NUM)) {
+    // Without num lock the pad's keys are the ones printed under their digits.
+    if (const int navigation = padNavigationKey(key.scancode)) return navigation;
+  }
   return virtualKeyOfScancode(key.scancode);
 }
 
@@ -155,6 +185,8 @@ bool SdlWindowSystem::ensureVideo() {
   SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
   SDL_SetHint(SDL_HINT_VIDEO_ALLOW_SCREENSAVER, "1");
   SDL_SetHint(SDL_HINT_MOUSE_FOCUS_CLICKTHROUGH, "1");
+  // Compositions of any length, rather than cut at the event's buffer.
+  SDL_SetHint(SDL_HINT_IME_SUPPORT_EXTENDED_TEXT, "1");
   if (SDL_InitSubSystem(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0) {
     std::printf("SDL_Init failed: %s\n", SDL_GetError());
     return false;
@@ -372,6 +404,10 @@ void SdlWindowSystem::translate(const SDL_Event& e) {
             send(h, win::WM_ACTIVATE, 0, 0);
           }
           break;
+        case SDL_WINDOWEVENT_LEAVE:
+          // Outside the client area the system's cursor shows again.
+          send(h, win::WM_SETCURSOR, h, win::makeLParam(0, static_cast<int>(win::WM_MOUSEMOVE)));
+          break;
         case SDL_WINDOWEVENT_CLOSE:
           send(h, win::WM_CLOSE, 0, 0);
           break;
@@ -441,11 +477,18 @@ void SdlWindowSystem::translate(const SDL_Event& e) {
       const bool down = e.type == SDL_KEYDOWN;
       const bool wasDown = keys_[vk] & 0x80;
       if (down) {
-        if (!wasDown) keys_[vk] ^= 1;  // toggle state, as caps lock keeps it
         keys_[vk] |= 0x80;
       } else {
         keys_[vk] &= 0x7F;
       }
+      // The lock keys' toggles as the keyboard has them, also when they were
+      // set before the window had the focus.
+      const auto toggle = [this, &e](int key, int mod) {
+        keys_[key] = static_cast<uint8_t>((keys_[key] & 0x80) | ((e.key.keysym.mod & mod) ? 1 : 0));
+      };
+      toggle(20, KMOD_CAPS);
+      toggle(144, KMOD_NUM);
+      toggle(145, KMOD_SCROLL);
       const bool alt = (e.key.keysym.mod & KMOD_ALT) != 0;
       const uint32_t scan = us_keyboard::scanCode(static_cast<uint32_t>(vk));
       intptr_t lp = 1 | (static_cast<intptr_t>(scan) << 16);
@@ -459,23 +502,28 @@ void SdlWindowSystem::translate(const SDL_Event& e) {
       break;
     }
     case SDL_TEXTINPUT: {
-      // Characters arrive as bytes of the keyboard's code page, one message each.
       char16_t wide[SDL_TEXTINPUTEVENT_TEXT_SIZE];
       const std::size_t n = multiByteToWide(65001, e.text.text, std::strlen(e.text.text), wide,
                                             SDL_TEXTINPUTEVENT_TEXT_SIZE);
-      char bytes[SDL_TEXTINPUTEVENT_TEXT_SIZE * 2];
-      const std::size_t m = wideToMultiByte(ansiCodePageOfLanguage(getKeyboardLayout()), wide, n,
-                                            bytes, sizeof bytes);
-      const SDL_Keymod mod = SDL_GetModState();
-      const bool altGraph = (mod & (KMOD_MODE | KMOD_RALT)) != 0;
-      const bool system = !altGraph && (mod & KMOD_LALT) != 0;
-      const intptr_t flags = (altGraph || system) ? (intptr_t(0x2000) << 16) : 0;
-      for (std::size_t i = 0; i < m; ++i) {
-        enqueue({e.text.windowID, system ? win::WM_SYSCHAR : win::WM_CHAR,
-                 static_cast<uint8_t>(bytes[i]), flags | 1});
+      Context* context = attachedContext(e.text.windowID);
+      if (context && context->composing) {
+        // The input method committed its composition.
+        const std::u16string result(wide, n);
+        endComposition(e.text.windowID, *context, &result);
+      } else {
+        typeCharacters(e.text.windowID, wide, n);
       }
       break;
     }
+    case SDL_TEXTEDITING:
+      editing(e.edit.windowID, e.edit.text, e.edit.start, e.edit.length);
+      break;
+    case SDL_TEXTEDITING_EXT:
+      // A composition longer than the event's own buffer.
+      editing(e.editExt.windowID, e.editExt.text ? e.editExt.text : "", e.editExt.start,
+              e.editExt.length);
+      SDL_free(e.editExt.text);
+      break;
     case SDL_DROPBEGIN:
       dropFiles_.clear();
       dropText_ = false;
@@ -498,6 +546,153 @@ void SdlWindowSystem::translate(const SDL_Event& e) {
   }
 }
 
+void SdlWindowSystem::typeCharacters(WindowHandle window, const char16_t* wide, std::size_t n) {
+  // Characters arrive as bytes of the keyboard's code page, one message each.
+  // Typed keys fit the stack; only a long committed composition needs the heap.
+  char small[SDL_TEXTINPUTEVENT_TEXT_SIZE * 3];
+  std::vector<char> large;
+  char* bytes = small;
+  std::size_t capacity = sizeof small;
+  if (n * 3 > capacity) {
+    large.resize(n * 3);
+    bytes = large.data();
+    capacity = large.size();
+  }
+  const std::size_t m =
+      wideToMultiByte(ansiCodePageOfLanguage(getKeyboardLayout()), wide, n, bytes, capacity);
+  const SDL_Keymod mod = SDL_GetModState();
+  const bool altGraph = (mod & (KMOD_MODE | KMOD_RALT)) != 0;
+  const bool system = !altGraph && (mod & KMOD_LALT) != 0;
+  const intptr_t flags = (altGraph || system) ? (intptr_t(0x2000) << 16) : 0;
+  for (std::size_t i = 0; i < m; ++i) {
+    enqueue({window, system ? win::WM_SYSCHAR : win::WM_CHAR, static_cast<uint8_t>(bytes[i]),
+             flags | 1});
+  }
+}
+
+SdlWindowSystem::Context* SdlWindowSystem::attachedContext(WindowHandle window) {
+  auto a = attached_.find(window);
+  if (a == attached_.end()) return nullptr;
+  auto c = contexts_.find(a->second);
+  return c == contexts_.end() ? nullptr : &c->second;
+}
+
+WindowHandle SdlWindowSystem::windowOf(InputContext context) const {
+  for (const auto& [window, attached] : attached_) {
+    if (attached == context) return window;
+  }
+  return 0;
+}
+
+void SdlWindowSystem::editing(WindowHandle window, const char* utf8, int start, int length) {
+  Context* context = attachedContext(window);
+  // Without an attached context the input method's reports go nowhere.
+  if (!context) return;
+  std::u16string text(std::strlen(utf8) + 1, u'\0');
+  text.resize(multiByteToWide(65001, utf8, std::strlen(utf8), text.data(), text.size()));
+  if (text.empty()) {
+    // An empty composition: the user cancelled it.
+    if (context->composing) endComposition(window, *context, nullptr);
+    return;
+  }
+  if (!context->composing) {
+    context->composing = true;
+    enqueue({window, win::WM_IME_STARTCOMPOSITION, 0, 0});
+    // The candidate list opens with the composition; the console places it.
+    enqueue({window, win::WM_IME_NOTIFY, win::IMN_OPENCANDIDATE, 1});
+  }
+  // SDL counts the caret and the selected clause in characters; surrogate
+  // pairs make them units.
+  auto unitOf = [&text](int character) {
+    std::size_t unit = 0;
+    for (int c = 0; c < character && unit < text.size(); ++c) {
+      const bool pair = text[unit] >= 0xD800 && text[unit] < 0xDC00 && unit + 1 < text.size();
+      unit += pair ? 2 : 1;
+    }
+    return unit;
+  };
+  Composition& c = context->composition;
+  c.text = text;
+  c.cursor = static_cast<int32_t>(unitOf(start < 0 ? 0 : start));
+  c.attributes.assign(text.size(), win::ATTR_INPUT);
+  if (length > 0) {
+    const std::size_t to = unitOf(start + length);
+    for (std::size_t i = static_cast<std::size_t>(c.cursor); i < to; ++i)
+      c.attributes[i] = win::ATTR_TARGET_CONVERTED;
+  }
+  enqueue({window, win::WM_IME_COMPOSITION, text[0],
+           win::GCS_COMPSTR | win::GCS_COMPATTR | win::GCS_CURSORPOS});
+}
+
+void SdlWindowSystem::endComposition(WindowHandle window, Context& context,
+                                     const std::u16string* result) {
+  context.composing = false;
+  context.composition.text.clear();
+  context.composition.attributes.clear();
+  context.composition.cursor = 0;
+  if (result) {
+    context.composition.result = *result;
+    enqueue({window, win::WM_IME_COMPOSITION, 0, win::GCS_RESULTSTR | win::GCS_RESULTCLAUSE});
+  } else {
+    enqueue({window, win::WM_IME_COMPOSITION, 0, 0});
+  }
+  enqueue({window, win::WM_IME_ENDCOMPOSITION, 0, 0});
+}
+
+intptr_t SdlWindowSystem::defWindowProc(WindowHandle window, uint32_t message, uintptr_t,
+                                        intptr_t lParam) {
+  // What the system does with a committed composition that the window did not
+  // take for itself: it types the text.
+  if (message == win::WM_IME_COMPOSITION && (lParam & win::GCS_RESULTSTR)) {
+    if (Context* context = attachedContext(window)) {
+      const std::u16string& result = context->composition.result;
+      typeCharacters(window, result.data(), result.size());
+    }
+  }
+  return 0;
+}
+
+InputContext SdlWindowSystem::immCreateContext() {
+  const InputContext handle = nextContext_++;
+  contexts_[handle];
+  return handle;
+}
+
+void SdlWindowSystem::immDestroyContext(InputContext context) {
+  contexts_.erase(context);
+  for (auto it = attached_.begin(); it != attached_.end();) {
+    it = it->second == context ? attached_.erase(it) : std::next(it);
+  }
+}
+
+void SdlWindowSystem::immAssociateContext(WindowHandle window, InputContext context) {
+  if (context == 0 || !contexts_.count(context)) {
+    attached_.erase(window);
+    return;
+  }
+  attached_[window] = context;
+}
+
+void SdlWindowSystem::immCancelComposition(InputContext context) {
+  auto it = contexts_.find(context);
+  if (it == contexts_.end() || !it->second.composing) return;
+  if (SDL_WasInit(SDL_INIT_VIDEO)) SDL_ClearComposition();
+  endComposition(windowOf(context), it->second, nullptr);
+}
+
+int32_t SdlWindowSystem::immGetCompositionString(InputContext context, uint32_t kind, void* buffer,
+                                                 uint32_t size) {
+  auto it = contexts_.find(context);
+  return it == contexts_.end() ? -1 : readComposition(it->second.composition, kind, buffer, size);
+}
+
+void SdlWindowSystem::immSetCandidateWindow(InputContext context, uint32_t, Point client) {
+  if (!SDL_WasInit(SDL_INIT_VIDEO) || windowOf(context) == 0) return;
+  // The input method shows its candidates below the text input rectangle.
+  SDL_Rect rect{client.x, client.y, 0, 0};
+  SDL_SetTextInputRect(&rect);
+}
+
 uint32_t SdlWindowSystem::dropKeyState() const {
   uint32_t k = static_cast<uint32_t>(mouseKeys());
   if (keys_[win::VK_MENU] & 0x80) k |= 0x20;  // MK_ALT
@@ -505,19 +700,23 @@ uint32_t SdlWindowSystem::dropKeyState() const {
 }
 
 void SdlWindowSystem::deliverDrop(WindowHandle window) {
-  // SDL reports a finished drop only: the target sees it enter and drop at once,
-  // at the last known pointer position.
+  // SDL reports a finished drop only: the target sees it enter, pass over and
+  // drop at once, where the pointer is (the drag's own motion never reaches us).
   auto it = dropTargets_.find(window);
   if (it == dropTargets_.end() || !it->second) return;
   std::vector<const char*> names;
   for (const std::string& f : dropFiles_) names.push_back(f.c_str());
   const bool files = !names.empty();
-  const uint32_t effect = it->second->dragEnter(
-      files ? names.data() : nullptr, static_cast<int>(names.size()), dropKeyState(), cursor_);
-  if (effect != win::DROPEFFECT_NONE)
-    it->second->drop(dropKeyState(), cursor_);
-  else
-    it->second->dragLeave();
+  const Point at = getCursorPos();
+  DropTarget* target = it->second;
+  const uint32_t effect = target->dragEnter(files ? names.data() : nullptr,
+                                            static_cast<int>(names.size()), dropKeyState(), at);
+  if (effect != win::DROPEFFECT_NONE) {
+    target->dragOver(dropKeyState(), at);
+    target->drop(dropKeyState(), at);
+  } else {
+    target->dragLeave();
+  }
   dropFiles_.clear();
   dropText_ = false;
 }
@@ -554,16 +753,32 @@ bool SdlWindowSystem::enumDisplaySettings(int index, DisplayMode& out) {
   return true;
 }
 
-void SdlWindowSystem::enumWindows(EnumWindowsProc, void*) {
-  // Other applications' windows are the window manager's to keep across a mode
-  // change here; none are listed, so nothing is saved or moved.
+DesktopWindows& SdlWindowSystem::desktop() {
+  if (!desktop_) {
+    // Other applications' windows are the window system's own to list: X11 has
+    // them for any client, elsewhere they stay where the mode change puts them.
+    ensureVideo();
+    const char* driver = SDL_WasInit(SDL_INIT_VIDEO) ? SDL_GetCurrentVideoDriver() : nullptr;
+    if (driver && std::strcmp(driver, "x11") == 0) desktop_ = openX11Desktop();
+    if (!desktop_) {
+      const std::string where = std::string("the ") + (driver ? driver : "missing") + " display";
+      desktop_ = noDesktopWindows(where.c_str());
+    }
+  }
+  return *desktop_;
 }
 
-bool SdlWindowSystem::getWindowPlacement(DesktopWindow, WindowPlacement&) {
-  return false;
+void SdlWindowSystem::enumWindows(EnumWindowsProc proc, void* context) {
+  desktop().enumWindows(proc, context);
 }
 
-void SdlWindowSystem::setWindowPlacement(DesktopWindow, const WindowPlacement&) {}
+bool SdlWindowSystem::getWindowPlacement(DesktopWindow w, WindowPlacement& out) {
+  return desktop().getWindowPlacement(w, out);
+}
+
+void SdlWindowSystem::setWindowPlacement(DesktopWindow w, const WindowPlacement& p) {
+  desktop().setWindowPlacement(w, p);
+}
 
 Point SdlWindowSystem::getCursorPos() {
   if (globalMouse_) {
@@ -685,6 +900,12 @@ int32_t SdlWindowSystem::changeDisplaySettings(const DisplayMode* mode, uint32_t
       if (w.style & win::WS_POPUP) SDL_SetWindowFullscreen(w.sdl, 0);
     }
     return 0;
+  }
+  // A mode the screen doesn't list is refused, and the screen stays as it is.
+  if (!displayModeListed(*this, *mode)) {
+    std::printf("display mode %dx%d refused: the screen doesn't list it\n", mode->width,
+                mode->height);
+    return kDisplayChangeBadMode;
   }
   fullScreenMode_ = true;
   mode_ = SDL_DisplayMode{};

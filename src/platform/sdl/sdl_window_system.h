@@ -3,12 +3,22 @@
 // logic expects: window changes are sent to the window procedure at once, as
 // the system sends size and activation; input is queued in arrival order,
 // with the messages the library posts itself.
+// Input methods: SDL's text-editing events are the composition (its caret, and
+// the selected clause as converted text), its text input the result; the
+// candidate list goes where SDL_SetTextInputRect puts it. A detached context
+// only stops compositions being reported: SDL has no way to turn the input
+// method off and keep typed characters, and no reading strings or clauses.
+// Drops: SDL tells only of a finished drop, so a drag enters, passes over and
+// drops at once. Desktop windows: X11 only (see desktop_windows.h).
 #include <SDL.h>
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "platform/composition.h"
+#include "platform/desktop_windows.h"
 #include "platform/window_system.h"
 
 namespace vostan::platform {
@@ -43,7 +53,7 @@ class SdlWindowSystem : public WindowSystem {
   void postMessage(WindowHandle, uint32_t message, uintptr_t wParam, intptr_t lParam) override;
   void translateMessage(const Message&) override {}
   intptr_t dispatchMessage(const Message&) override;
-  intptr_t defWindowProc(WindowHandle, uint32_t, uintptr_t, intptr_t) override { return 0; }
+  intptr_t defWindowProc(WindowHandle, uint32_t message, uintptr_t, intptr_t lParam) override;
   Point getCursorPos() override;
   void setCursorPos(int x, int y) override;
   WindowHandle windowFromPoint(Point) override;
@@ -61,7 +71,9 @@ class SdlWindowSystem : public WindowSystem {
   int16_t getAsyncKeyState(int vk) override;
   void getKeyboardState(uint8_t state[256]) override;
   uint32_t getKeyboardLayout() override;
-  int getKeyboardType() override { return 4; }
+  // The keyboard's type isn't told on this platform: a Japanese keyboard (7)
+  // is taken to go with a Japanese locale, any other is the enhanced one (4).
+  int getKeyboardType() override { return (getKeyboardLayout() & 0xFFFF) == 0x411 ? 7 : 4; }
   uint32_t mapVirtualKey(uint32_t code) override;
   int toAscii(uint32_t vk, uint32_t scan, const uint8_t state[256], uint16_t* out) override;
   int16_t vkKeyScan(char ch) override;
@@ -70,6 +82,13 @@ class SdlWindowSystem : public WindowSystem {
   void enumWindows(EnumWindowsProc proc, void* context) override;
   bool getWindowPlacement(DesktopWindow, WindowPlacement& out) override;
   void setWindowPlacement(DesktopWindow, const WindowPlacement&) override;
+  InputContext immCreateContext() override;
+  void immDestroyContext(InputContext) override;
+  void immAssociateContext(WindowHandle, InputContext) override;
+  void immCancelComposition(InputContext) override;
+  int32_t immGetCompositionString(InputContext, uint32_t kind, void* buffer,
+                                  uint32_t size) override;
+  void immSetCandidateWindow(InputContext, uint32_t index, Point client) override;
   bool registerDragDrop(WindowHandle, DropTarget* target) override;
   void revokeDragDrop(WindowHandle) override;
   uint32_t timeGetTime() override;
@@ -104,9 +123,17 @@ class SdlWindowSystem : public WindowSystem {
   bool globalMouse_ = false;
   int cursorCount_ = 0;
   SDL_Cursor* arrow_ = nullptr;
+  struct Context {
+    Composition composition;
+    bool composing = false;
+  };
+  std::map<InputContext, Context> contexts_;
+  InputContext nextContext_ = 1;
+  std::map<WindowHandle, InputContext> attached_;
   std::map<WindowHandle, DropTarget*> dropTargets_;
   std::vector<std::string> dropFiles_;
   bool dropText_ = false;
+  std::unique_ptr<DesktopWindows> desktop_;
   bool fullScreenMode_ = false;
   SDL_DisplayMode mode_{};
 
@@ -115,9 +142,15 @@ class SdlWindowSystem : public WindowSystem {
   intptr_t send(WindowHandle, uint32_t msg, uintptr_t wp, intptr_t lp);
   void translate(const SDL_Event& e);
   void deliverDrop(WindowHandle window);
+  void typeCharacters(WindowHandle window, const char16_t* text, std::size_t count);
+  void editing(WindowHandle window, const char* utf8, int start, int length);
+  void endComposition(WindowHandle window, Context& context, const std::u16string* result);
+  Context* attachedContext(WindowHandle window);
+  WindowHandle windowOf(InputContext context) const;
   uint32_t dropKeyState() const;
   uintptr_t mouseKeys() const;
   Window* find(WindowHandle h);
+  DesktopWindows& desktop();
 };
 
 }  // namespace vostan::platform

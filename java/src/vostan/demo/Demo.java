@@ -43,6 +43,7 @@ public final class Demo {
     if (movie != null) System.out.println(movie.describe());
     TextOverlay text = graphics ? TextOverlay.open("DejaVu Sans") : null;
 
+    InputEcho.start();
     AudioManagerWin32 audio = new AudioManagerWin32();
     if (!audio.init()) audio = null;
     System.out.println(audio == null ? "no sound device" : "sound device open");
@@ -61,6 +62,8 @@ public final class Demo {
       while ((e = WinConsole.n_peekEvent()) != null) {
         int t = WinConsole.n_getTimeMillis() - start;
         System.out.printf("%6d ms  %s%n", t, e);
+        String detail = InputEcho.describe(e);
+        if (detail != null) System.out.println("         " + detail);
         events++;
         if (text != null) text.event(e);
         if (e instanceof ApplicationEvent) {
