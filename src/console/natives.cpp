@@ -337,16 +337,29 @@ NATIVE(void, n_1enableDrop)(JNIEnv*, jclass, jboolean enabled) {
   if (theConsole) theConsole->enableDrop(enabled);
 }
 
-// Inline web views: not built yet, beyond the slot selection and the reserved entries.
+// Inline web views: all but the selection and the reserved entries act on
+// the selected slot.
 
-NATIVE(void, n_1showInlineWeb)(JNIEnv*, jclass, jint, jint, jint, jint) {}
-NATIVE(void, n_1hideInlineWeb)(JNIEnv*, jclass) {}
-NATIVE(void, n_1setInlineWebURL)(JNIEnv*, jclass, jstring) {}
-NATIVE(jstring, n_1getInlineWebURL)(JNIEnv*, jclass) {
-  return nullptr;
+NATIVE(void, n_1showInlineWeb)(JNIEnv*, jclass, jint x, jint y, jint width, jint height) {
+  if (theConsole) vostan::web::show(*theConsole, x, y, width, height);
+}
+NATIVE(void, n_1hideInlineWeb)(JNIEnv*, jclass) {
+  if (theConsole) vostan::web::hide(*theConsole);
+}
+NATIVE(void, n_1setInlineWebURL)(JNIEnv* env, jclass, jstring url) {
+  std::printf("n_setInlineWebURL %d \n", static_cast<int>(reinterpret_cast<intptr_t>(url)));
+  if (!theConsole) return;
+  char16_t* wide = vostan::getWideString(env, url);
+  vostan::web::setUrl(*theConsole, wide, wide ? std::char_traits<char16_t>::length(wide) : 0);
+  delete[] wide;
+}
+NATIVE(jstring, n_1getInlineWebURL)(JNIEnv* env, jclass) {
+  const std::u16string* url = theConsole ? vostan::web::url(*theConsole) : nullptr;
+  if (!url) return nullptr;
+  return env->NewString(reinterpret_cast<const jchar*>(url->data()), static_cast<jsize>(url->size()));
 }
 NATIVE(void, n_1selectInlineWeb)(JNIEnv*, jclass, jint slot) {
-  if (slot >= 0 && slot <= 9) theConsole->selectedWebSlot = slot;
+  if (theConsole) vostan::web::select(*theConsole, slot);
 }
 NATIVE(jint, n_1getInlineWebParam)(JNIEnv*, jclass, jint) {
   return 0;

@@ -46,6 +46,7 @@ intptr_t consoleProc(void* context, platform::WindowHandle w, uint32_t msg, uint
 
 WinConsole::WinConsole() {
   graphics = new D3DGraphics();
+  for (int32_t i = 0; i < 10; i++) webSlots[i].index = i;
 }
 
 WinConsole* initConsole() {
@@ -154,6 +155,7 @@ void WinConsole::destroyDisplay(bool resetMode) {
       consolePropertyName = nullptr;
     }
     destroyInputContext();
+    web::windowDestroyed(*this);
     ws.destroyWindow(window);
     window = 0;
     cursor = 0;
@@ -249,6 +251,8 @@ intptr_t WinConsole::windowProc(WindowHandle w, uint32_t msg, uintptr_t wp, intp
 
 void WinConsole::update(JavaEvents& events) {
   auto& ws = windowSystem();
+  // The web views have no loop of their own: the game's frame feeds them.
+  web::pump(*this);
   const platform::Point p = ws.getCursorPos();
   if (titleDragging) {
     const int dx = p.x - titleDragX, dy = p.y - titleDragY;

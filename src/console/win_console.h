@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "console/web_views.h"
 #include "platform/window_system.h"
 
 namespace vostan {
@@ -30,7 +31,7 @@ class WinConsole {
   bool minimizedByCall = false;
   D3DGraphics* graphics = nullptr;
   AudioManager* audio = nullptr;
-  int32_t webSlots[10] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+  WebSlot webSlots[10];
   int32_t selectedWebSlot = 0;
   char* consolePropertyName = nullptr;
   int32_t foreground = 1;
