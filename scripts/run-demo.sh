@@ -9,6 +9,7 @@ FRAMES="$LIB/demo-frames"
 run() {
   "$JAVA_HOME/bin/java" -Djava.library.path="$LIB" -Dvostan.song="$LIB/songs/demo.ogg" \
     -Dvostan.movie="$LIB/movies/demo.swf" ${VOSTAN_FRAMES:+-Dvostan.frames="$VOSTAN_FRAMES"} \
+    -Dvostan.page="$ROOT/java/src/vostan/demo/welcome.html" \
     -cp "$CP" vostan.demo.Demo "$@"
 }
 
@@ -30,6 +31,8 @@ Xvfb "$display" -screen 0 1024x768x24 -nolisten tcp >/dev/null 2>&1 &
 xvfb=$!
 trap 'kill $xvfb 2>/dev/null || true' EXIT
 export DISPLAY="$display"
+# A web view's engine cannot build its sandbox in most containers; the page is local.
+export WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS=1
 sleep 1  # Xvfb takes a moment to accept clients
 
 play_user() {

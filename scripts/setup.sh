@@ -13,6 +13,13 @@ PACKAGES=(
   libopenal-dev libvorbis-dev libogg-dev
   libfreetype-dev libfontconfig-dev fonts-dejavu-core fonts-wqy-microhei
 )
+# --webkit: also the web engine, so the build has inline web views.
+for arg in "$@"; do
+  case "$arg" in
+    --webkit) PACKAGES+=(libwebkit2gtk-4.1-dev x11-utils) ;;
+    *) echo "setup: unknown option $arg" >&2; exit 2 ;;
+  esac
+done
 missing=()
 for p in "${PACKAGES[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

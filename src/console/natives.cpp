@@ -356,7 +356,8 @@ NATIVE(void, n_1setInlineWebURL)(JNIEnv* env, jclass, jstring url) {
 NATIVE(jstring, n_1getInlineWebURL)(JNIEnv* env, jclass) {
   const std::u16string* url = theConsole ? vostan::web::url(*theConsole) : nullptr;
   if (!url) return nullptr;
-  return env->NewString(reinterpret_cast<const jchar*>(url->data()), static_cast<jsize>(url->size()));
+  return env->NewString(reinterpret_cast<const jchar*>(url->data()),
+                        static_cast<jsize>(url->size()));
 }
 NATIVE(void, n_1selectInlineWeb)(JNIEnv*, jclass, jint slot) {
   if (theConsole) vostan::web::select(*theConsole, slot);

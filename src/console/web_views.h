@@ -14,10 +14,10 @@ class WinConsole;
 
 struct WebSlot final : platform::WebViewListener {
   int32_t index = 0;
-  bool shown = false;                         // the slot's view stands in the window
-  std::unique_ptr<platform::WebView> view;   // null while hidden, or with no web engine
+  bool shown = false;                       // the slot's view stands in the window
+  std::unique_ptr<platform::WebView> view;  // null while hidden, or with no web engine
   bool hasUrl = false;
-  std::u16string url;                         // where the view is, or goes next
+  std::u16string url;  // where the view is, or goes next
   int32_t x = 0, y = 0, width = 0, height = 0;
 
   void beforeNavigate(const std::u16string& target) override {

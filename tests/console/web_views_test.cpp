@@ -1,8 +1,9 @@
 // The web view slots over the scriptable web system: selection, showing at a
 // place, hiding, URLs kept and followed, and a build with no web engine.
+#include "console/web_views.h"
+
 #include <gtest/gtest.h>
 
-#include "console/web_views.h"
 #include "console/win_console.h"
 #include "console_fixture.h"
 #include "platform/web/fake_web_system.h"
@@ -55,11 +56,11 @@ TEST_F(WebViewsTest, AShowingGoesToTheStoredUrlOrHomeAndKeepsItsFirstPlace) {
   web::show(*console, 5, 5, 64, 48);
   ASSERT_EQ(web.views.size(), 2u);
   EXPECT_EQ(web.views[0].parent, console->window);
-  EXPECT_EQ((std::vector<int>{web.views[0].x, web.views[0].y, web.views[0].width,
-                              web.views[0].height}),
-            (std::vector<int>{10, 20, 300, 200}));
+  EXPECT_EQ(
+      (std::vector<int>{web.views[0].x, web.views[0].y, web.views[0].width, web.views[0].height}),
+      (std::vector<int>{10, 20, 300, 200}));
   EXPECT_EQ(web.calls, (std::vector<std::string>{"0 create", "0 home", "1 create",
-                                                  "1 navigate file:///one.html"}));
+                                                 "1 navigate file:///one.html"}));
 
   // A shown view goes at once; a link followed in the page becomes the URL.
   setUrl(u"file:///two.html");

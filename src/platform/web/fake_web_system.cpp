@@ -25,7 +25,9 @@ class FakeWebView final : public WebView {
   void goHome() override { log("home"); }
 
  private:
-  void log(const std::string& what) { system_.calls.push_back(std::to_string(index_) + " " + what); }
+  void log(const std::string& what) {
+    system_.calls.push_back(std::to_string(index_) + " " + what);
+  }
   FakeWebSystem& system_;
   size_t index_;
 };

@@ -23,8 +23,8 @@ class FakeWebSystem final : public WebSystem {
 
   bool noEngine = false;  // create answers null
   int pumps = 0;
-  std::vector<View> views;          // every view made, in order
-  std::vector<std::string> calls;   // "3 navigate URL", "3 home", "3 destroy" by view number
+  std::vector<View> views;         // every view made, in order
+  std::vector<std::string> calls;  // "3 navigate URL", "3 home", "3 destroy" by view number
 };
 
 }  // namespace vostan::platform

@@ -32,8 +32,8 @@ class WebSystem {
  public:
   virtual ~WebSystem() = default;
   // A view inside `parent`'s client area; null when no web engine can make one.
-  virtual std::unique_ptr<WebView> create(WindowHandle parent, int x, int y, int width,
-                                          int height, WebViewListener* listener) = 0;
+  virtual std::unique_ptr<WebView> create(WindowHandle parent, int x, int y, int width, int height,
+                                          WebViewListener* listener) = 0;
   // Lets the views do their pending work; called from the pump, never blocks.
   virtual void pump() = 0;
 };

@@ -50,6 +50,7 @@ public final class Demo {
     if (audio != null) ClickSound.init(audio);
     BackgroundSong song = null;
     Pads pads = Pads.scan();
+    WebPanel.show(WIDTH);
 
     final int start = WinConsole.n_getTimeMillis();
     int frames = 0;
@@ -114,6 +115,7 @@ public final class Demo {
       Thread.sleep(graphics ? 5 : 16);
     }
     System.out.println(frames + " frames, " + events + " events");
+    WebPanel.report();
     if (song != null) song.stop();
     if (graphics) {
       WinConsole.n_free();
