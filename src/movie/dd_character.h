@@ -146,6 +146,10 @@ void ddStream_readFillArray(ddStream* s, ddTimeline* timeline, int blockType, dd
                             ddShape* secondShape);
 ddLineArray* ddStream_readLineArray(ddStream* s, int blockType, ddLineArray** secondLines);
 
+// An edge record after its leading 1 bit: moves the stream's pen (twips) and,
+// for a curve, gives the control point in twips. True for a straight edge.
+bool ddStream_readEdge(ddStream* s, int32_t* cx, int32_t* cy);
+
 ddShapeCharacter* ddShapeCharacter_create(ddShape* shape);
 // Blocks 2, 22 and 32.
 void ddStream_readShapeBlock(ddStream* s, ddTimeline* timeline, int blockType, int32_t length);

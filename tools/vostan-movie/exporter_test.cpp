@@ -166,6 +166,13 @@ TEST_F(ExporterTest, CorpusMoviesThroughTheExporter) {
     ASSERT_TRUE(corpus::readPng(c.pngPath, expected));
     corpus::Rendered r =
         corpus::renderMovieFile(c.swfPath, c.framesAdvanced, expected.width, expected.height);
+    if (!r.fatal.empty()) {
+      // The reader gave the movie up: the exporter says so and fails.
+      Outcome run = this->run("info " + c.swfPath);
+      EXPECT_EQ(run.status, 1);
+      EXPECT_NE(run.err.find("damaged movie"), std::string::npos) << run.err;
+      continue;
+    }
     ASSERT_TRUE(r.opened);
     Outcome run =
         this->run("render " + c.swfPath + " --frame " + std::to_string(r.shownFrame) + " --size " +
