@@ -351,7 +351,7 @@ TEST_F(MorphTextTest, EditTextLaysOutByCodeTableAndAdvances) {
        placeScaled(3, 3, 512, 1000, 380), swf::showFrame(), swf::end()}));
   EXPECT_EQ(differing(pixels(text), pixels(plain)), 0);
   const ddFont* f = reinterpret_cast<ddFont*>(ddDictionary_get(text->rootTimeline, 1));
-  EXPECT_EQ(f->codeTable['B'], 1);
+  EXPECT_EQ(f->codeTable[int('B')], 1);
   EXPECT_EQ(f->advances[1], 600 * 1024 / 20);
 }
 
@@ -409,7 +409,7 @@ TEST_F(MorphTextTest, DamagedFontsAndTextStayInsideTheirBuffers) {
   const ddFont* f = reinterpret_cast<ddFont*>(ddDictionary_get(info->rootTimeline, 2));
   ASSERT_NE(f, nullptr);
   EXPECT_STREQ(f->name, "Serif");
-  EXPECT_EQ(f->codeTable['y'], 1);
+  EXPECT_EQ(f->codeTable[int('y')], 1);
 
   EXPECT_THROW(openDrawn(swf::concat({squareShape(1), swf::defineText(11, 2, {run(1, 1024, 0, 0, {})}),
                                       swf::end()})),
