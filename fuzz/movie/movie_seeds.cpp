@@ -38,11 +38,12 @@ Bytes morphs() {
   Bytes more = swf::defineMorphShape(2, {{{255, 0, 0}, {0, 0, 255}}},
                                      {{{40, {0, 0, 0}}, {200, {255, 255, 255}}}},
                                      square(0, 0, 400, true), square(100, 50, 2000, false));
-  return swf::movie(swf::concat(
-      {swf::defineMorphShape(1, {{{0, 255, 0}, {0, 0, 0, 0}}}, {}, square(20, 20, 1000, true),
-                             square(500, 500, 3000, false)),
-       more, place(1, 1, 0), place(2, 2, 65535), swf::showFrame(), place(1, std::nullopt, 30000),
-       place(2, std::nullopt, 100), swf::showFrame(), swf::end()}),
+  return swf::movie(
+      swf::concat({swf::defineMorphShape(1, {{{0, 255, 0}, {0, 0, 0, 0}}}, {},
+                                         square(20, 20, 1000, true), square(500, 500, 3000, false)),
+                   more, place(1, 1, 0), place(2, 2, 65535), swf::showFrame(),
+                   place(1, std::nullopt, 30000), place(2, std::nullopt, 100), swf::showFrame(),
+                   swf::end()}),
       swf::MovieOptions{8, 0, 11000, 0, 8000, 0, 12, 2, false});
 }
 

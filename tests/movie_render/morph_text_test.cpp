@@ -67,7 +67,8 @@ ddShape* fixedPolygon(const std::vector<std::pair<ddFixed, ddFixed>>& p, ddColor
   ddShape_addFill(s, ddFill{ddFillSolid, {colour}, ddMatrixIdentity});
   *ddShape_addRecord(s) = ddShapeRecord{ddRecordFill1, {0, 0, 0, 0}};
   ddShape_moveTo(s, p[0].first, p[0].second);
-  for (size_t i = 1; i <= p.size(); i++) ddShape_lineTo(s, p[i % p.size()].first, p[i % p.size()].second);
+  for (size_t i = 1; i <= p.size(); i++)
+    ddShape_lineTo(s, p[i % p.size()].first, p[i % p.size()].second);
   ddShape_finish(s);
   return s;
 }
@@ -99,7 +100,8 @@ class MorphTextTest : public MovieTest {
     return out;
   }
   static std::vector<ddColor> pixels(const ddMovie* m) {
-    return std::vector<ddColor>(m->surface->pixels, m->surface->pixels + size_t(m->width) * m->height);
+    return std::vector<ddColor>(m->surface->pixels,
+                                m->surface->pixels + size_t(m->width) * m->height);
   }
   static int differing(const std::vector<ddColor>& a, const std::vector<ddColor>& b) {
     int n = 0;
@@ -113,12 +115,12 @@ class MorphTextTest : public MovieTest {
 // weights reach the whole end colour there. Going back to the start clears
 // what the end covered.
 TEST_F(MorphTextTest, MorphsDrawTheirShapeMixedAtThePlacementsRatio) {
-  ddMovie* m = openDrawn(swf::concat({morphBlock(1), placeAt(1, 1, 0, false), swf::showFrame(),
-                                      placeAt(1, std::nullopt, 32768, true), swf::showFrame(),
-                                      placeAt(1, std::nullopt, 65535, true), swf::showFrame(),
-                                      placeAt(1, std::nullopt, 0, true), swf::showFrame(),
-                                      swf::end()}),
-                         4);
+  ddMovie* m =
+      openDrawn(swf::concat({morphBlock(1), placeAt(1, 1, 0, false), swf::showFrame(),
+                             placeAt(1, std::nullopt, 32768, true), swf::showFrame(),
+                             placeAt(1, std::nullopt, 65535, true), swf::showFrame(),
+                             placeAt(1, std::nullopt, 0, true), swf::showFrame(), swf::end()}),
+                4);
   auto fixedOf = [](const Points& p, auto f) {
     std::vector<std::pair<ddFixed, ddFixed>> out;
     for (const auto& [x, y] : p) out.push_back({f(ddFixed_fromTwips(x)), f(ddFixed_fromTwips(y))});
@@ -161,9 +163,9 @@ TEST_F(MorphTextTest, MasksPassOverMorphsAndCutPlainShapes) {
   plain.depth = 3;
   plain.id = 3;
   plain.matrix = swf::Matrix{{}, {}, 0, 2000};
-  ddMovie* m = openDrawn(swf::concat({morphBlock(1), squareShape(2, 2, 1000), squareShape(3, 2, 4000),
-                                      swf::placeObject2(mask), placeAt(2, 1, 0, false),
-                                      swf::placeObject2(plain), swf::showFrame(), swf::end()}));
+  ddMovie* m = openDrawn(swf::concat(
+      {morphBlock(1), squareShape(2, 2, 1000), squareShape(3, 2, 4000), swf::placeObject2(mask),
+       placeAt(2, 1, 0, false), swf::placeObject2(plain), swf::showFrame(), swf::end()}));
   EXPECT_TRUE(warnings().empty());
   auto at = [m](int x, int y) { return m->surface->pixels[y * m->width + x]; };
   EXPECT_EQ(at(100, 50), 0xFF0000FFu);  // the morph, outside the 50-pixel mask
@@ -178,9 +180,9 @@ TEST_F(MorphTextTest, MasksPassOverMorphsAndCutPlainShapes) {
   warnings().clear();
   mask.id = 1;
   plain.depth = 2;
-  ddMovie* m2 = openDrawn(swf::concat({morphBlock(1), squareShape(3, 2, 4000),
-                                       swf::placeObject2(mask), swf::placeObject2(plain),
-                                       swf::showFrame(), swf::end()}));
+  ddMovie* m2 =
+      openDrawn(swf::concat({morphBlock(1), squareShape(3, 2, 4000), swf::placeObject2(mask),
+                             swf::placeObject2(plain), swf::showFrame(), swf::end()}));
   ASSERT_EQ(warnings().size(), 1u);
   EXPECT_EQ(warnings()[0], "Unsupported mask type: 1");
   EXPECT_EQ(m2->surface->pixels[150 * m2->width + 150], 0xFF0000FFu);
@@ -218,11 +220,11 @@ TEST_F(MorphTextTest, DamagedMorphsStayInsideTheirShapes) {
 }
 
 TEST_F(MorphTextTest, MorphsWithZeroBoundsDefineNothing) {
-  ddMovie* m = openDrawn(swf::concat(
-      {swf::defineMorphShape(1, {{red, blue}}, {}, polygonRecords(startSquare),
-                             endRecords(endQuad), {0, 0, 0, 0}),
-       squareShape(2), placeAt(1, 1, 0, false), swf::placeNew(2, 2), swf::showFrame(),
-       swf::end()}));
+  ddMovie* m = openDrawn(
+      swf::concat({swf::defineMorphShape(1, {{red, blue}}, {}, polygonRecords(startSquare),
+                                         endRecords(endQuad), {0, 0, 0, 0}),
+                   squareShape(2), placeAt(1, 1, 0, false), swf::placeNew(2, 2), swf::showFrame(),
+                   swf::end()}));
   EXPECT_EQ(ddDictionary_get(m->rootTimeline, 1), nullptr);
   // The block was passed whole: the shape after it is read.
   EXPECT_EQ(instances(m->rootClip).size(), 1u);
@@ -314,14 +316,14 @@ TEST_F(MorphTextTest, GlyphRunsDrawLikeTheirGlyphShapesPlacedAlone) {
       run(1, h, 400, 2000, {{0, 600}, {7, 400}, {1, 700}}),
       run(std::nullopt, 0, std::nullopt, std::nullopt, {{2, 300}, {0, 500}})};
   records[1].colour = swf::Solid{0, 128, 0};
-  ddMovie* text = openDrawn(swf::concat({swf::defineFont(1, glyphs()),
-                                         swf::defineText(33, 2, records, 4, 12),
-                                         swf::placeNew(1, 2), swf::showFrame(), swf::end()}));
+  ddMovie* text =
+      openDrawn(swf::concat({swf::defineFont(1, glyphs()), swf::defineText(33, 2, records, 4, 12),
+                             swf::placeNew(1, 2), swf::showFrame(), swf::end()}));
   const swf::Solid b{0, 0, 255}, g{0, 128, 0};
-  ddMovie* plain = openDrawn(swf::concat(
-      {glyphAsShape(1, 0, b), glyphAsShape(2, 1, b), glyphAsShape(3, 0, g),
-       placeScaled(1, 1, h, 400, 2000), placeScaled(2, 2, h, 400 + 600 + 400, 2000),
-       placeScaled(3, 3, h, 400 + 1700 + 300, 2000), swf::showFrame(), swf::end()}));
+  ddMovie* plain = openDrawn(
+      swf::concat({glyphAsShape(1, 0, b), glyphAsShape(2, 1, b), glyphAsShape(3, 0, g),
+                   placeScaled(1, 1, h, 400, 2000), placeScaled(2, 2, h, 400 + 600 + 400, 2000),
+                   placeScaled(3, 3, h, 400 + 1700 + 300, 2000), swf::showFrame(), swf::end()}));
   EXPECT_EQ(differing(pixels(text), pixels(plain)), 0);
   EXPECT_GT(text->surface->pixels[80 * text->width + 25], 0u);
   EXPECT_EQ(reinterpret_cast<ddTextInstance*>(instanceAt(text->rootClip, 1))->count, 4);
@@ -345,10 +347,10 @@ TEST_F(MorphTextTest, EditTextLaysOutByCodeTableAndAdvances) {
   // 200 and 1000 twips at half size; the baseline sits 38/1024 of the height
   // down.
   const swf::Solid r{200, 0, 0};
-  ddMovie* plain = openDrawn(swf::concat(
-      {glyphAsShape(1, 0, r), glyphAsShape(2, 1, r), glyphAsShape(3, 0, r),
-       placeScaled(1, 1, 512, 0, 380), placeScaled(2, 2, 512, 200, 380),
-       placeScaled(3, 3, 512, 1000, 380), swf::showFrame(), swf::end()}));
+  ddMovie* plain =
+      openDrawn(swf::concat({glyphAsShape(1, 0, r), glyphAsShape(2, 1, r), glyphAsShape(3, 0, r),
+                             placeScaled(1, 1, 512, 0, 380), placeScaled(2, 2, 512, 200, 380),
+                             placeScaled(3, 3, 512, 1000, 380), swf::showFrame(), swf::end()}));
   EXPECT_EQ(differing(pixels(text), pixels(plain)), 0);
   const ddFont* f = reinterpret_cast<ddFont*>(ddDictionary_get(text->rootTimeline, 1));
   EXPECT_EQ(f->codeTable[int('B')], 1);
@@ -363,19 +365,19 @@ TEST_F(MorphTextTest, HitTestsSeeGlyphsOfStaticText) {
   swf::Font2 font;
   font.glyphs = glyphs();
   font.codes = {'A', 'B', ' '};
-  Bytes file = swf::movie(swf::concat(
-      {swf::defineFont2(1, font),
-       swf::defineText(11, 2, {run(1, 1024, 0, 1000, {{0, 1000}, {1, 500}})}),
-       swf::defineEditText(4, 1, 1024, {0, 0, 0, 255}, "A"), sprite, swf::placeNew(1, 3),
-       swf::showFrame(), swf::end()}));
+  Bytes file = swf::movie(
+      swf::concat({swf::defineFont2(1, font),
+                   swf::defineText(11, 2, {run(1, 1024, 0, 1000, {{0, 1000}, {1, 500}})}),
+                   swf::defineEditText(4, 1, 1024, {0, 0, 0, 255}, "A"), sprite,
+                   swf::placeNew(1, 3), swf::showFrame(), swf::end()}));
   ddMovie* m = ddMovie_openBytes(file.data(), int32_t(file.size()), 550, 400);
   ASSERT_NE(m, nullptr);
   ddMovie_draw(m, nullptr, nullptr);
   ddClip* clip = reinterpret_cast<ddClip*>(instanceAt(m->rootClip, 1));
-  EXPECT_EQ(ddMovie_hitClip(m, 7, 30), clip);    // inside the bar
+  EXPECT_EQ(ddMovie_hitClip(m, 7, 30), clip);      // inside the bar
   EXPECT_EQ(ddMovie_hitClip(m, 25, 30), nullptr);  // between the glyphs
-  EXPECT_EQ(ddMovie_hitClip(m, 60, 40), clip);   // inside the square
-  EXPECT_EQ(ddMovie_hitClip(m, 7, 5), nullptr);  // the edit text's bar, drawn but not hit
+  EXPECT_EQ(ddMovie_hitClip(m, 60, 40), clip);     // inside the square
+  EXPECT_EQ(ddMovie_hitClip(m, 7, 5), nullptr);    // the edit text's bar, drawn but not hit
   EXPECT_NE(m->surface->pixels[5 * m->width + 7], 0u);
   ddMovie_dispose(m);
 }
@@ -392,8 +394,8 @@ TEST_F(MorphTextTest, DamagedFontsAndTextStayInsideTheirBuffers) {
   offsets.raw({0x10, 0x00, 0x10});
   // The text comes first: the font's first glyph reads on to the file's end.
   ddMovie* m = openDrawn(swf::concat(
-      {swf::defineText(11, 2, {run(1, 1024, 0, 1000, {{0, 500}, {2, 500}}),
-                               run(5, 1024, 0, 1000, {{0, 500}})}),
+      {swf::defineText(
+           11, 2, {run(1, 1024, 0, 1000, {{0, 500}, {2, 500}}), run(5, 1024, 0, 1000, {{0, 500}})}),
        swf::placeNew(1, 2), swf::showFrame(), swf::block(10, offsets.bytes, true), swf::end()}));
   EXPECT_EQ(reinterpret_cast<ddTextInstance*>(instanceAt(m->rootClip, 1))->count, 0);
   ASSERT_NE(ddDictionary_get(m->rootTimeline, 9), nullptr);
@@ -411,15 +413,15 @@ TEST_F(MorphTextTest, DamagedFontsAndTextStayInsideTheirBuffers) {
   EXPECT_STREQ(f->name, "Serif");
   EXPECT_EQ(f->codeTable[int('y')], 1);
 
-  EXPECT_THROW(openDrawn(swf::concat({squareShape(1), swf::defineText(11, 2, {run(1, 1024, 0, 0, {})}),
-                                      swf::end()})),
+  EXPECT_THROW(openDrawn(swf::concat(
+                   {squareShape(1), swf::defineText(11, 2, {run(1, 1024, 0, 0, {})}), swf::end()})),
                FatalError);
 }
 
 TEST_F(MorphTextTest, EditTextOnAMissingFontIsFatal) {
-  EXPECT_THROW(openDrawn(swf::concat({swf::defineEditText(2, 1, 512, {0, 0, 0, 255}, "A"),
-                                      swf::end()})),
-               FatalError);
+  EXPECT_THROW(
+      openDrawn(swf::concat({swf::defineEditText(2, 1, 512, {0, 0, 0, 255}, "A"), swf::end()})),
+      FatalError);
 }
 
 }  // namespace

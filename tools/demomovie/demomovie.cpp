@@ -111,18 +111,18 @@ int main(int argc, char** argv) {
   // The star and the ball are sprites, so that a click can find them by name.
   const swf::Bytes oneShape2 = swf::concat({swf::placeNew(1, 2), swf::showFrame(), swf::end()});
   const swf::Bytes oneShape3 = swf::concat({swf::placeNew(1, 3), swf::showFrame(), swf::end()});
-  std::vector<swf::Bytes> body = {swf::setBackground(0, 0, 0),
-                                  sky(1),
-                                  star(2, 80 * kTwips, 32 * kTwips),
-                                  ball(3, 22 * kTwips),
-                                  swf::defineSprite(12, 1, oneShape2),
-                                  swf::defineSprite(13, 1, oneShape3),
-                                  swf::placeNew(1, 1),
-                                  demo::morph(4, 60 * kTwips),
-                                  demo::font(5),
-                                  demo::text(6, 5, "VOSTAN MOVIE TEXT", 12 * kTwips,
-                                             {250, 240, 220}),
-                                  swf::placeNew(5, 6, swf::Matrix{{}, {}, 8 * kTwips, 20 * kTwips})};
+  std::vector<swf::Bytes> body = {
+      swf::setBackground(0, 0, 0),
+      sky(1),
+      star(2, 80 * kTwips, 32 * kTwips),
+      ball(3, 22 * kTwips),
+      swf::defineSprite(12, 1, oneShape2),
+      swf::defineSprite(13, 1, oneShape3),
+      swf::placeNew(1, 1),
+      demo::morph(4, 60 * kTwips),
+      demo::font(5),
+      demo::text(6, 5, "VOSTAN MOVIE TEXT", 12 * kTwips, {250, 240, 220}),
+      swf::placeNew(5, 6, swf::Matrix{{}, {}, 8 * kTwips, 20 * kTwips})};
   for (int f = 0; f < kFrames; ++f) {
     const double t = double(f) / kFrames;
     swf::Place s;

@@ -85,8 +85,8 @@ swf::Bytes morph(int id, int size) {
   const int s = size / 8, w = size / 2, h = size / 4;
   const Points square = {{-s, -s}, {s, -s}, {s, s}, {-s, s}};
   const Points diamond = {{0, -h}, {w, 0}, {0, h}, {-w, 0}};
-  return swf::defineMorphShape(id, {{{20, 170, 180}, {250, 200, 40}}}, {},
-                               polygon(square, true), polygon(diamond, false), {-w, w, -h, h});
+  return swf::defineMorphShape(id, {{{20, 170, 180}, {250, 200, 40}}}, {}, polygon(square, true),
+                               polygon(diamond, false), {-w, w, -h, h});
 }
 
 swf::Bytes font(int id) {

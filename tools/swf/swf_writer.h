@@ -130,8 +130,8 @@ Writer glyphRectangle(int32_t x, int32_t y, int32_t width, int32_t height);
 Bytes defineFont(int id, const std::vector<Writer>& glyphs);
 struct Font2 {
   std::vector<Writer> glyphs;
-  std::vector<uint16_t> codes;      // one per glyph
-  std::vector<int16_t> advances;    // twips; layout data when not empty
+  std::vector<uint16_t> codes;                   // one per glyph
+  std::vector<int16_t> advances;                 // twips; layout data when not empty
   std::vector<std::array<uint16_t, 3>> kerning;  // code, code, adjustment
   bool wideOffsets = false, wideCodes = false;
 };
@@ -142,7 +142,7 @@ struct TextRecord {
   std::optional<int> font;  // with height
   int height = 0;
   std::optional<Solid> colour;
-  std::optional<int16_t> x, y;  // twips
+  std::optional<int16_t> x, y;                       // twips
   std::vector<std::pair<uint32_t, int32_t>> glyphs;  // glyph index, advance in twips
 };
 // DefineText (11) or DefineText2 (33); glyph and advance fields of the given widths.

@@ -129,15 +129,16 @@ TEST_F(ExporterTest, InfoListsMorphsFontsAndTextAsRead) {
   line.font = 2;
   line.height = 240;
   line.glyphs = {{0, 200}, {0, 200}};
-  swf::Bytes file = swf::movie(swf::concat(
-      {swf::defineMorphShape(1, {{{255, 0, 0}, {0, 0, 255}}}, {}, square, end),
-       swf::defineFont(2, {glyph}), swf::defineFontInfo(2, "Blocks", {'A'}),
-       swf::defineText(11, 3, {line}), swf::defineEditText(4, 2, 240, {0, 0, 0, 255}, "AA"),
-       swf::end()}));
+  swf::Bytes file = swf::movie(
+      swf::concat({swf::defineMorphShape(1, {{{255, 0, 0}, {0, 0, 255}}}, {}, square, end),
+                   swf::defineFont(2, {glyph}), swf::defineFontInfo(2, "Blocks", {'A'}),
+                   swf::defineText(11, 3, {line}),
+                   swf::defineEditText(4, 2, 240, {0, 0, 0, 255}, "AA"), swf::end()}));
   Outcome r = run("info " + write("text.swf", file).string());
   ASSERT_EQ(r.status, 0) << r.err;
-  for (const char* expected : {"  1 morph, 1 fills, 7 records", "  2 font Blocks, 1 glyphs",
-                           "  3 text, 2 glyphs", "  4 edit text \"AA\"", "blocks skipped: none"})
+  for (const char* expected :
+       {"  1 morph, 1 fills, 7 records", "  2 font Blocks, 1 glyphs", "  3 text, 2 glyphs",
+        "  4 edit text \"AA\"", "blocks skipped: none"})
     EXPECT_NE(r.out.find(expected), std::string::npos) << expected << "\n" << r.out;
 }
 
