@@ -17,18 +17,6 @@ constexpr int kRatios = 100;
 
 using Points = std::vector<std::pair<int32_t, int32_t>>;
 
-swf::Writer closed(const Points& p, bool styled) {
-  swf::Writer w;
-  w.bits(styled ? 1 : 0, 4);
-  w.bits(0, 4);
-  w.styleChange(styled ? 1 : 0, 0, p[0], std::nullopt,
-                styled ? std::optional<uint32_t>(1u) : std::nullopt, std::nullopt);
-  for (size_t i = 1; i <= p.size(); i++)
-    w.lineEdge(p[i % p.size()].first - p[i - 1].first, p[i % p.size()].second - p[i - 1].second);
-  w.endShape();
-  return w;
-}
-
 // A 24-pointed star that becomes a wide ellipse, filling most of the frame.
 swf::Bytes sweepMovie() {
   Points star, ellipse;
@@ -40,9 +28,9 @@ swf::Bytes sweepMovie() {
     ellipse.push_back(
         {cx + int32_t(300 * kTwips * std::cos(a)), cy + int32_t(200 * kTwips * std::sin(a))});
   }
-  swf::Bytes body =
-      swf::defineMorphShape(1, {{{240, 200, 40, 255}, {40, 120, 240, 160}}}, {}, closed(star, true),
-                            closed(ellipse, false), {0, kWidth * kTwips, 0, kHeight * kTwips});
+  swf::Bytes body = swf::defineMorphShape(
+      1, {{{240, 200, 40, 255}, {40, 120, 240, 160}}}, {}, swf::closedPolygon(star),
+      swf::closedPolygon(ellipse, false), {0, kWidth * kTwips, 0, kHeight * kTwips});
   for (int f = 0; f < kRatios; f++) {
     swf::Place p;
     p.depth = 1;

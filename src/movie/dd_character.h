@@ -136,6 +136,9 @@ void ddShape_finish(ddShape* shape);
 ddGradient* ddGradient_create();
 void ddGradient_destroy(ddGradient* gradient);
 void ddGradient_addStop(ddGradient* gradient, int ratio, ddColor colour);
+// Writes stop `index` with a ratio (0 to 255) and a colour, and the deltas
+// that lead to it in the stop before.
+void ddGradient_writeStop(ddGradient* gradient, int32_t index, int ratio, ddColor colour);
 ddColor ddGradient_colorAt(ddGradient* gradient, int32_t pos);
 
 void ddLineArray_destroy(ddLineArray* lines);

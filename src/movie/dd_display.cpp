@@ -19,14 +19,6 @@ void addDirty(ddRectList* dirty, const ddRect& r) {
   if (dirty) ddRectList_add(dirty, r);
 }
 
-void initInstance(ddInstance* i, int32_t type) {
-  i->type = type;
-  i->clipDepth = -1;
-  i->matrix = ddMatrixIdentity;
-  i->cxform = ddCxformIdentity;
-  i->bounds = ddRect_empty();
-}
-
 // Shape instances without a rasteriser: the box of the shape's bounds.
 
 void boxUpdate(ddInstance* self, ddRectList* dirty, const ddMatrix* parent) {
@@ -167,8 +159,7 @@ ddRect ddShape_boxUnder(const ddShape* shape, const ddMatrix& m) {
 
 ddInstance* ddShapeInstance_instantiate(ddMovie* movie, ddCharacter* character) {
   ddShapeInstance* si = static_cast<ddShapeInstance*>(ddCalloc(1, sizeof(ddShapeInstance)));
-  initInstance(&si->head, ddCharacterShape);
-  si->head.character = character;
+  ddInstance_init(&si->head, ddCharacterShape, character);
   si->head.update = shapeOps->update;
   si->head.draw = shapeOps->draw;
   si->head.destroy = shapeOps->destroy;
@@ -180,8 +171,7 @@ ddInstance* ddShapeInstance_instantiate(ddMovie* movie, ddCharacter* character) 
 
 ddClip* ddClip_create(ddMovie* movie, ddTimeline* timeline) {
   ddClip* clip = static_cast<ddClip*>(ddCalloc(1, sizeof(ddClip)));
-  initInstance(&clip->head, ddCharacterTimeline);
-  clip->head.character = &timeline->head;
+  ddInstance_init(&clip->head, ddCharacterTimeline, &timeline->head);
   clip->head.update = ddClip_update;
   clip->head.draw = clipDraw;
   clip->head.destroy = clipDestroy;
@@ -301,6 +291,15 @@ void ddClip_setFrame(ddMovie* movie, ddClip* clip) {
 }
 
 // Instances
+
+void ddInstance_init(ddInstance* i, int32_t type, ddCharacter* character) {
+  i->type = type;
+  i->character = character;
+  i->clipDepth = -1;
+  i->matrix = ddMatrixIdentity;
+  i->cxform = ddCxformIdentity;
+  i->bounds = ddRect_empty();
+}
 
 ddInstance* ddInstance_create(ddMovie* movie, ddClip* parent, ddCharacter* character, int32_t depth,
                               const char* name, int32_t clipDepth) {

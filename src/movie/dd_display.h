@@ -114,6 +114,9 @@ constexpr int32_t ddMaxClips = 1 << 20;
 
 // Instances
 
+// Fills the head of a new instance: no mask depth, identity matrix and colour
+// transform, empty bounds.
+void ddInstance_init(ddInstance* instance, int32_t type, ddCharacter* character);
 ddInstance* ddInstance_create(ddMovie* movie, ddClip* parent, ddCharacter* character, int32_t depth,
                               const char* name, int32_t clipDepth);
 void ddInstance_setMask(ddInstance* target, ddInstance* mask);

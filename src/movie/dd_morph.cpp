@@ -23,6 +23,15 @@ void addStyle(ddShape* shape, int32_t type, int32_t a, int32_t b = 0) {
   r->data[2] = r->data[3] = 0;
 }
 
+// A move's absolute point, into the stream's pen; gives it in ddFixed.
+void readMove(ddStream* s, ddFixed* x, ddFixed* y) {
+  int w = int(ddStream_readBits(s, 5));
+  s->curX = ddStream_readSBits(s, w);
+  s->curY = ddStream_readSBits(s, w);
+  *x = ddFixed_fromTwips(s->curX);
+  *y = ddFixed_fromTwips(s->curY);
+}
+
 struct MorphReader {
   ddStream* s;
   ddTimeline* timeline;
@@ -64,10 +73,8 @@ struct MorphReader {
     if (flags == 0) return;
     if (flags & 1) {
       // No group records in morphs: a move to the origin is a move.
-      int w = int(ddStream_readBits(s, 5));
-      s->curX = ddStream_readSBits(s, w);
-      s->curY = ddStream_readSBits(s, w);
-      ddFixed x = ddFixed_fromTwips(s->curX), y = ddFixed_fromTwips(s->curY);
+      ddFixed x, y;
+      readMove(s, &x, &y);
       ddShape_moveTo(start, x, y);
       ddShape_moveTo(end, x, y);
     }
@@ -121,13 +128,9 @@ struct MorphReader {
       uint32_t flags = ddStream_readBits(s, 5);
       if (flags == 0) return;
       if (flags & 1) {
-        int w = int(ddStream_readBits(s, 5));
-        s->curX = ddStream_readSBits(s, w);
-        s->curY = ddStream_readSBits(s, w);
-        if (data) {
-          data[0] = ddFixed_fromTwips(s->curX);
-          data[1] = ddFixed_fromTwips(s->curY);
-        }
+        ddFixed x, y;
+        readMove(s, &x, &y);
+        if (data) data[0] = x, data[1] = y;
       }
       if (flags & 30) ddFatal("Unexpected records in morph end shape!");
     }
@@ -151,25 +154,6 @@ ddColor mixColor(ddColor start, ddColor end, int32_t ratio) {
 ddColor stopColor(const ddGradientStop& s) {
   return ddColor(s.red) | (ddColor(s.green) << 8) | (ddColor(s.blue) << 16) |
          (ddColor(s.alpha) << 24);
-}
-
-// Writes stop i with a ratio (0 to 255) and colour, and the deltas that lead
-// to it from the stop before.
-void writeStop(ddGradient* g, int32_t i, int32_t ratio, ddColor colour) {
-  ddGradientStop& s = g->stops[i];
-  s.pos = static_cast<uint16_t>(ratio * 256);
-  s.red = colour & 255;
-  s.green = (colour >> 8) & 255;
-  s.blue = (colour >> 16) & 255;
-  s.alpha = colour >> 24;
-  if (i > 0 && s.pos != g->stops[i - 1].pos) {
-    ddGradientStop& p = g->stops[i - 1];
-    int32_t span = int32_t(s.pos) - int32_t(p.pos);
-    p.dRed = (int32_t(s.red) - p.red) * 65536 / span;
-    p.dGreen = (int32_t(s.green) - p.green) * 65536 / span;
-    p.dBlue = (int32_t(s.blue) - p.blue) * 65536 / span;
-    p.dAlpha = (int32_t(s.alpha) - p.alpha) * 65536 / span;
-  }
 }
 
 // Placed morphs
@@ -254,7 +238,8 @@ void ddFill_interpolate(const ddFill& start, const ddFill& end, ddFill* out, int
       for (int32_t i = 0; i < n; i++) {
         int32_t pos = int32_t(
             (int64_t(e->stops[i].pos) * ratio + int64_t(s->stops[i].pos) * (65536 - ratio)) >> 24);
-        writeStop(g, i, pos, mixColor(stopColor(s->stops[i]), stopColor(e->stops[i]), ratio));
+        ddGradient_writeStop(g, i, pos,
+                             mixColor(stopColor(s->stops[i]), stopColor(e->stops[i]), ratio));
       }
       out->matrix = ddMatrix_interpolate(ratio, start.matrix, end.matrix);
       return;
@@ -314,12 +299,7 @@ ddInstance* ddMorph_instantiate(ddMovie*, ddCharacter* character) {
   const ddShapeInstanceOps* ops = ddShapeInstance_ops();
   ddMorphInstance* m = static_cast<ddMorphInstance*>(ddCalloc(1, sizeof(ddMorphInstance)));
   ddInstance* head = &m->shape.head;
-  head->type = ddCharacterMorph;
-  head->character = character;
-  head->clipDepth = -1;
-  head->matrix = ddMatrixIdentity;
-  head->cxform = ddCxformIdentity;
-  head->bounds = ddRect_empty();
+  ddInstance_init(head, ddCharacterMorph, character);
   head->update = morphUpdate;
   head->draw = morphDraw;
   head->destroy = morphDestroy;

@@ -154,6 +154,10 @@ void ddGradient_addStop(ddGradient* g, int ratio, ddColor colour) {
     i = g->count++;
     std::memset(&g->stops[i], 0, sizeof(ddGradientStop));
   }
+  ddGradient_writeStop(g, i, ratio, colour);
+}
+
+void ddGradient_writeStop(ddGradient* g, int32_t i, int ratio, ddColor colour) {
   ddGradientStop& s = g->stops[i];
   s.pos = static_cast<uint16_t>(ratio * 256);
   s.red = colour & 255;

@@ -153,56 +153,76 @@ void boxDirty(ddInstance* self, ddRectList* dirty, const ddRect& now, bool boxes
 
 // Static text
 
+typedef ddMatrix (*Placement)(const ddGlyphEntry& e);
+
+// Static and edit text begin alike: the head, then the glyphs.
+ddGlyphList* glyphsOf(ddInstance* self) {
+  return &reinterpret_cast<ddTextInstance*>(self)->glyphs;
+}
+
+void updateGlyphList(ddInstance* self, ddRectList* dirty, const ddMatrix* parent, Placement place) {
+  ddGlyphList* g = glyphsOf(self);
+  ddMatrix m = ddMatrix_concat(*parent, self->matrix);
+  ddRect now = updateGlyphs(g->ops, g->entries, g->count, dirty, m, place);
+  boxDirty(self, dirty, now, !g->ops->createRender);
+}
+
+void drawGlyphList(ddInstance* self, ddSurface* surface, const ddMatrix* parent,
+                   const ddCxform* parentCxform, const ddRect* clip, Placement place) {
+  ddGlyphList* g = glyphsOf(self);
+  ddMatrix m = ddMatrix_concat(*parent, self->matrix);
+  ddCxform cx = ddCxform_concat(*parentCxform, self->cxform);
+  drawGlyphs(g->ops, g->entries, g->count, surface, m, cx, *clip, place);
+}
+
+// Static text
+
 ddMatrix textPlace(const ddGlyphEntry& e) {
   return glyphMatrix(e.height, e.x, e.y);
 }
 
 void textUpdate(ddInstance* self, ddRectList* dirty, const ddMatrix* parent) {
-  ddTextInstance* t = reinterpret_cast<ddTextInstance*>(self);
-  ddMatrix m = ddMatrix_concat(*parent, self->matrix);
-  ddRect now = updateGlyphs(t->ops, t->entries, t->count, dirty, m, textPlace);
-  boxDirty(self, dirty, now, !t->ops->createRender);
+  updateGlyphList(self, dirty, parent, textPlace);
 }
 
 void textDraw(ddInstance* self, ddSurface* surface, ddRectList*, const ddMatrix* parent,
               const ddCxform* parentCxform, const ddRect* clip) {
-  ddTextInstance* t = reinterpret_cast<ddTextInstance*>(self);
-  ddMatrix m = ddMatrix_concat(*parent, self->matrix);
-  ddCxform cx = ddCxform_concat(*parentCxform, self->cxform);
-  drawGlyphs(t->ops, t->entries, t->count, surface, m, cx, *clip, textPlace);
+  drawGlyphList(self, surface, parent, parentCxform, clip, textPlace);
 }
 
 void textInstanceDestroy(ddInstance* self) {
-  ddTextInstance* t = reinterpret_cast<ddTextInstance*>(self);
-  freeEntries(t->ops, t->entries, t->count);
-  ddFree(t);
+  ddGlyphList* g = glyphsOf(self);
+  freeEntries(g->ops, g->entries, g->count);
+  ddFree(self);
 }
 
-void initInstance(ddInstance* i, int32_t type, ddCharacter* character) {
-  i->type = type;
-  i->character = character;
-  i->clipDepth = -1;
-  i->matrix = ddMatrixIdentity;
-  i->cxform = ddCxformIdentity;
-  i->bounds = ddRect_empty();
+// A zeroed text instance of type T, its renders to come from the current table.
+template <typename T>
+T* newGlyphInstance(int32_t type, ddCharacter* character, decltype(ddInstance::update) update,
+                    decltype(ddInstance::draw) draw, decltype(ddInstance::destroy) destroy) {
+  T* t = static_cast<T*>(ddCalloc(1, sizeof(T)));
+  ddInstance_init(&t->head, type, character);
+  t->head.update = update;
+  t->head.draw = draw;
+  t->head.destroy = destroy;
+  t->glyphs.ops = ddShapeInstance_ops();
+  return t;
 }
 
 ddInstance* textInstantiate(ddMovie*, ddCharacter* character) {
   ddTextCharacter* c = reinterpret_cast<ddTextCharacter*>(character);
-  ddTextInstance* t = static_cast<ddTextInstance*>(ddCalloc(1, sizeof(ddTextInstance)));
-  initInstance(&t->head, ddCharacterText, character);
-  t->head.update = textUpdate;
-  t->head.draw = textDraw;
-  t->head.destroy = textInstanceDestroy;
-  t->ops = ddShapeInstance_ops();
+  ddTextInstance* t = newGlyphInstance<ddTextInstance>(ddCharacterText, character, textUpdate,
+                                                       textDraw, textInstanceDestroy);
+  ddGlyphList* g = &t->glyphs;
   for (const ddTextRecord* r = c->records; r; r = r->next) {
     if (!r->font) continue;
     ddFixed pen = r->x;
     for (int32_t k = 0; k < r->glyphCount; k++) {
-      int32_t g = r->glyphIds[k];
+      int32_t index = r->glyphIds[k];
       // An index past the font, or an empty glyph, draws nothing.
-      const ddShape* shape = g >= 0 && g < r->font->glyphCount ? r->font->glyphs[g] : nullptr;
-      if (shape) addEntry(&t->entries, &t->count, t->ops, shape, r->color, r->height, pen, r->y);
+      const ddShape* shape =
+          index >= 0 && index < r->font->glyphCount ? r->font->glyphs[index] : nullptr;
+      if (shape) addEntry(&g->entries, &g->count, g->ops, shape, r->color, r->height, pen, r->y);
       pen = ddWrap(int64_t(pen) + r->advances[k]);
     }
   }
@@ -217,19 +237,20 @@ ddMatrix editPlace(const ddGlyphEntry& e) {
 }
 
 void layOut(ddEditTextInstance* t) {
-  freeEntries(t->ops, t->entries, t->count);
-  t->entries = nullptr;
-  t->count = 0;
+  ddGlyphList* g = &t->glyphs;
+  freeEntries(g->ops, g->entries, g->count);
+  g->entries = nullptr;
+  g->count = 0;
   const ddEditTextCharacter* c = t->character;
   const ddFont* font = c->font;
   ddFixed pen = 0;
   for (const char* p = t->text; *p; p++) {
-    int32_t g = font->codeTable[uint8_t(*p)];
-    if (g < 0 || g >= font->glyphCount) continue;
-    const ddShape* shape = font->glyphs[g];
+    int32_t index = font->codeTable[uint8_t(*p)];
+    if (index < 0 || index >= font->glyphCount) continue;
+    const ddShape* shape = font->glyphs[index];
     if (!shape) continue;
-    addEntry(&t->entries, &t->count, t->ops, shape, c->color, c->height, pen, 0);
-    ddFixed advance = font->advances[g];
+    addEntry(&g->entries, &g->count, g->ops, shape, c->color, c->height, pen, 0);
+    ddFixed advance = font->advances[index];
     if (advance == 0 && !ddRect_isEmpty(shape->bounds))
       advance = ddWrap(int64_t(shape->bounds.xMax) - shape->bounds.xMin);
     pen = ddWrap(int64_t(pen) + advance);
@@ -240,34 +261,25 @@ void layOut(ddEditTextInstance* t) {
 void editTextUpdate(ddInstance* self, ddRectList* dirty, const ddMatrix* parent) {
   ddEditTextInstance* t = reinterpret_cast<ddEditTextInstance*>(self);
   if (t->dirty) layOut(t);
-  ddMatrix m = ddMatrix_concat(*parent, self->matrix);
-  ddRect now = updateGlyphs(t->ops, t->entries, t->count, dirty, m, editPlace);
-  boxDirty(self, dirty, now, !t->ops->createRender);
+  updateGlyphList(self, dirty, parent, editPlace);
 }
 
 void editTextDraw(ddInstance* self, ddSurface* surface, ddRectList*, const ddMatrix* parent,
                   const ddCxform* parentCxform, const ddRect* clip) {
-  ddEditTextInstance* t = reinterpret_cast<ddEditTextInstance*>(self);
-  ddMatrix m = ddMatrix_concat(*parent, self->matrix);
-  ddCxform cx = ddCxform_concat(*parentCxform, self->cxform);
-  drawGlyphs(t->ops, t->entries, t->count, surface, m, cx, *clip, editPlace);
+  drawGlyphList(self, surface, parent, parentCxform, clip, editPlace);
 }
 
 void editTextInstanceDestroy(ddInstance* self) {
   ddEditTextInstance* t = reinterpret_cast<ddEditTextInstance*>(self);
-  freeEntries(t->ops, t->entries, t->count);
+  freeEntries(t->glyphs.ops, t->glyphs.entries, t->glyphs.count);
   ddFree(t->text);
   ddFree(t);
 }
 
 ddInstance* editTextInstantiate(ddMovie*, ddCharacter* character) {
   ddEditTextCharacter* c = reinterpret_cast<ddEditTextCharacter*>(character);
-  ddEditTextInstance* t = static_cast<ddEditTextInstance*>(ddCalloc(1, sizeof(ddEditTextInstance)));
-  initInstance(&t->head, ddCharacterEditText, character);
-  t->head.update = editTextUpdate;
-  t->head.draw = editTextDraw;
-  t->head.destroy = editTextInstanceDestroy;
-  t->ops = ddShapeInstance_ops();
+  ddEditTextInstance* t = newGlyphInstance<ddEditTextInstance>(
+      ddCharacterEditText, character, editTextUpdate, editTextDraw, editTextInstanceDestroy);
   t->character = c;
   t->text = ddStrdup(c->text ? c->text : "");
   t->dirty = 1;
@@ -323,29 +335,49 @@ int ddStream_readGlyphRecord(ddStream* s, ddShape* shape, int fillBits, int line
   return 1;
 }
 
+namespace {
+
+// The glyphs of a font block, glyph i from `offsets[i]` to `offsets[i + 1]`
+// bytes past the offset table. A DefineFont glyph ends where its bytes do; a
+// DefineFont2 glyph aligns after its field widths, ends at its end record,
+// and the rest of its bytes are passed.
+void readGlyphs(ddStream* s, ddFont* font, const int64_t* offsets, bool font2) {
+  const int64_t base = int64_t(s->pos);
+  s->curX = s->curY = 0;
+  for (int32_t i = 0; i < font->glyphCount; i++) {
+    ddStream_align(s);
+    int fillBits = int(ddStream_readBits(s, 4));
+    int lineBits = int(ddStream_readBits(s, 4));
+    if (font2) ddStream_align(s);
+    // An empty glyph stays absent: DefineFont looks at the glyph's end here,
+    // DefineFont2 at its start.
+    if (int64_t(s->pos) == base + offsets[font2 ? i : i + 1]) continue;
+    const int64_t end = base + offsets[i + 1];
+    ddShape* shape = ddShape_create();
+    while (int64_t(s->pos) < end && !ddStream_exhausted(s))
+      if (!ddStream_readGlyphRecord(s, shape, fillBits, lineBits) && font2) break;
+    font->glyphs[i] = shape;
+    if (!font2) continue;
+    ddStream_align(s);
+    if (int64_t(s->pos) < end) ddStream_skip(s, end - int64_t(s->pos));
+  }
+}
+
+}  // namespace
+
 void ddStream_readFontBlock(ddStream* s, ddTimeline* timeline, int32_t length) {
   int32_t id = ddStream_readU16(s);
   int32_t first = ddStream_readU16(s);
   int32_t count = first / 2;
   ddFont* font = ddFont_create(count);
-  // End of each glyph, counted from the end of the offset table.
-  int64_t* ends = static_cast<int64_t*>(ddMalloc(size_t(count + 1) * sizeof(int64_t)));
-  for (int32_t i = 0; i + 1 < count; i++) ends[i] = int64_t(ddStream_readU16(s)) - first;
-  if (count > 0) ends[count - 1] = int64_t(length) - (2 * int64_t(count) + 2);
-  const int64_t base = int64_t(s->pos);
-  s->curX = s->curY = 0;
-  for (int32_t i = 0; i < count; i++) {
-    ddStream_align(s);
-    int fillBits = int(ddStream_readBits(s, 4));
-    int lineBits = int(ddStream_readBits(s, 4));
-    const int64_t end = base + ends[i];
-    if (int64_t(s->pos) == end) continue;  // an empty glyph stays absent
-    ddShape* shape = ddShape_create();
-    while (int64_t(s->pos) < end && !ddStream_exhausted(s))
-      ddStream_readGlyphRecord(s, shape, fillBits, lineBits);
-    font->glyphs[i] = shape;
-  }
-  ddFree(ends);
+  // Glyph starts counted from the end of the offset table; the last glyph
+  // ends with the block.
+  int64_t* offsets = static_cast<int64_t*>(ddMalloc(size_t(count + 1) * sizeof(int64_t)));
+  offsets[0] = 0;
+  for (int32_t i = 1; i < count; i++) offsets[i] = int64_t(ddStream_readU16(s)) - first;
+  if (count > 0) offsets[count] = int64_t(length) - (2 * int64_t(count) + 2);
+  readGlyphs(s, font, offsets, false);
+  ddFree(offsets);
   ddDictionary_put(timeline, id, &font->head);
 }
 
@@ -361,22 +393,7 @@ void ddStream_readFont2Block(ddStream* s, ddTimeline* timeline, int32_t) {
   int64_t* offsets = static_cast<int64_t*>(ddMalloc(size_t(count + 1) * sizeof(int64_t)));
   for (int32_t i = 0; i <= count; i++)
     offsets[i] = int64_t(wide ? ddStream_readU32(s) : ddStream_readU16(s)) - tableSize;
-  const int64_t base = int64_t(s->pos);
-  s->curX = s->curY = 0;
-  for (int32_t i = 0; i < count; i++) {
-    ddStream_align(s);
-    int fillBits = int(ddStream_readBits(s, 4));
-    int lineBits = int(ddStream_readBits(s, 4));
-    ddStream_align(s);
-    if (int64_t(s->pos) == base + offsets[i]) continue;
-    const int64_t end = base + offsets[i + 1];
-    ddShape* shape = ddShape_create();
-    while (int64_t(s->pos) < end && !ddStream_exhausted(s))
-      if (!ddStream_readGlyphRecord(s, shape, fillBits, lineBits)) break;
-    font->glyphs[i] = shape;
-    ddStream_align(s);
-    if (int64_t(s->pos) < end) ddStream_skip(s, end - int64_t(s->pos));
-  }
+  readGlyphs(s, font, offsets, true);
   ddFree(offsets);
   ddDictionary_put(timeline, id, &font->head);
   const bool wideCodes = flags & 4;

@@ -59,21 +59,25 @@ struct ddGlyphEntry {
   ddFixed x, y;
 };
 
-struct ddTextInstance {
-  ddInstance head;
+// The glyphs of a placed text, drawn with the renders of one table.
+struct ddGlyphList {
   const ddShapeInstanceOps* ops;  // the table its renders were made with
   int32_t count;
   ddGlyphEntry* entries;
 };
 
+struct ddTextInstance {
+  ddInstance head;
+  ddGlyphList glyphs;
+};
+
+// Shares its first two fields with ddTextInstance.
 struct ddEditTextInstance {
   ddInstance head;
-  const ddShapeInstanceOps* ops;
+  ddGlyphList glyphs;  // x holds the pen offset, y is unused
   ddEditTextCharacter* character;
-  int32_t count;
-  ddGlyphEntry* entries;  // x holds the pen offset, y is unused
-  char* text;             // copy of the initial text, or empty
-  uint8_t dirty;          // lay out again at the next update
+  char* text;     // copy of the initial text, or empty
+  uint8_t dirty;  // lay out again at the next update
 };
 
 ddFont* ddFont_create(int32_t glyphCount);

@@ -13,43 +13,12 @@ using swf::Bytes;
 
 const swf::Solid red{255, 0, 0}, blue{0, 0, 255};
 
-// Records of a closed polygon filled on its fill1 side, in twips.
-swf::Writer polygonRecords(const std::vector<std::pair<int32_t, int32_t>>& points) {
-  swf::Writer w;
-  w.bits(1, 4);
-  w.bits(0, 4);
-  w.styleChange(1, 0, points[0], std::nullopt, 1u, std::nullopt);
-  for (size_t i = 1; i <= points.size(); i++) {
-    const auto& a = points[i - 1];
-    const auto& b = points[i % points.size()];
-    w.lineEdge(b.first - a.first, b.second - a.second);
-  }
-  w.endShape();
-  return w;
-}
-
-// The same polygon's edges for a morph's end: the field widths, a move and
-// the edges, no styles.
-swf::Writer endRecords(const std::vector<std::pair<int32_t, int32_t>>& points) {
-  swf::Writer w;
-  w.bits(0, 4);
-  w.bits(0, 4);
-  w.styleChange(0, 0, points[0], std::nullopt, std::nullopt, std::nullopt);
-  for (size_t i = 1; i <= points.size(); i++) {
-    const auto& a = points[i - 1];
-    const auto& b = points[i % points.size()];
-    w.lineEdge(b.first - a.first, b.second - a.second);
-  }
-  w.endShape();
-  return w;
-}
-
 using Points = std::vector<std::pair<int32_t, int32_t>>;
 const Points startSquare = {{200, 200}, {2200, 200}, {2200, 1200}, {200, 1200}};
 const Points endQuad = {{1000, 600}, {5000, 1000}, {4400, 3400}, {1400, 3000}};
 
-Bytes morphBlock(int id, const swf::Writer& end = endRecords(endQuad)) {
-  return swf::defineMorphShape(id, {{red, blue}}, {}, polygonRecords(startSquare), end);
+Bytes morphBlock(int id, const swf::Writer& end = swf::closedPolygon(endQuad, false)) {
+  return swf::defineMorphShape(id, {{red, blue}}, {}, swf::closedPolygon(startSquare), end);
 }
 
 swf::Bytes placeAt(int depth, std::optional<int> id, int ratio, bool move) {
@@ -198,8 +167,9 @@ TEST_F(MorphTextTest, DamagedMorphsStayInsideTheirShapes) {
   more.push_back({300, 2000});
   Points fewer = {{1000, 600}, {5000, 1000}};
   for (const Points& end : {more, fewer}) {
-    ddMovie* m = openDrawn(swf::concat({morphBlock(1, endRecords(end)), placeAt(1, 1, 65535, false),
-                                        swf::showFrame(), swf::end()}));
+    ddMovie* m =
+        openDrawn(swf::concat({morphBlock(1, swf::closedPolygon(end, false)),
+                               placeAt(1, 1, 65535, false), swf::showFrame(), swf::end()}));
     const ddMorphInstance* i = reinterpret_cast<ddMorphInstance*>(instanceAt(m->rootClip, 1));
     ASSERT_NE(i, nullptr);
     const ddShape* start = reinterpret_cast<ddMorphCharacter*>(i->shape.head.character)->start;
@@ -221,8 +191,8 @@ TEST_F(MorphTextTest, DamagedMorphsStayInsideTheirShapes) {
 
 TEST_F(MorphTextTest, MorphsWithZeroBoundsDefineNothing) {
   ddMovie* m = openDrawn(
-      swf::concat({swf::defineMorphShape(1, {{red, blue}}, {}, polygonRecords(startSquare),
-                                         endRecords(endQuad), {0, 0, 0, 0}),
+      swf::concat({swf::defineMorphShape(1, {{red, blue}}, {}, swf::closedPolygon(startSquare),
+                                         swf::closedPolygon(endQuad, false), {0, 0, 0, 0}),
                    squareShape(2), placeAt(1, 1, 0, false), swf::placeNew(2, 2), swf::showFrame(),
                    swf::end()}));
   EXPECT_EQ(ddDictionary_get(m->rootTimeline, 1), nullptr);
@@ -326,7 +296,7 @@ TEST_F(MorphTextTest, GlyphRunsDrawLikeTheirGlyphShapesPlacedAlone) {
                    placeScaled(3, 3, h, 400 + 1700 + 300, 2000), swf::showFrame(), swf::end()}));
   EXPECT_EQ(differing(pixels(text), pixels(plain)), 0);
   EXPECT_GT(text->surface->pixels[80 * text->width + 25], 0u);
-  EXPECT_EQ(reinterpret_cast<ddTextInstance*>(instanceAt(text->rootClip, 1))->count, 4);
+  EXPECT_EQ(reinterpret_cast<ddTextInstance*>(instanceAt(text->rootClip, 1))->glyphs.count, 4);
   EXPECT_TRUE(warnings().empty());
 }
 
@@ -397,7 +367,7 @@ TEST_F(MorphTextTest, DamagedFontsAndTextStayInsideTheirBuffers) {
       {swf::defineText(
            11, 2, {run(1, 1024, 0, 1000, {{0, 500}, {2, 500}}), run(5, 1024, 0, 1000, {{0, 500}})}),
        swf::placeNew(1, 2), swf::showFrame(), swf::block(10, offsets.bytes, true), swf::end()}));
-  EXPECT_EQ(reinterpret_cast<ddTextInstance*>(instanceAt(m->rootClip, 1))->count, 0);
+  EXPECT_EQ(reinterpret_cast<ddTextInstance*>(instanceAt(m->rootClip, 1))->glyphs.count, 0);
   ASSERT_NE(ddDictionary_get(m->rootTimeline, 9), nullptr);
 
   warnings().clear();

@@ -9,20 +9,6 @@ namespace {
 
 using Points = std::vector<std::pair<int32_t, int32_t>>;
 
-// The field widths, then a closed polygon from its first point, filled on its
-// fill1 side when `styled` (a morph's end edges carry no styles).
-swf::Writer polygon(const Points& p, bool styled) {
-  swf::Writer w;
-  w.bits(styled ? 1 : 0, 4);
-  w.bits(0, 4);
-  w.styleChange(styled ? 1 : 0, 0, p[0], std::nullopt,
-                styled ? std::optional<uint32_t>(1u) : std::nullopt, std::nullopt);
-  for (size_t i = 1; i <= p.size(); i++)
-    w.lineEdge(p[i % p.size()].first - p[i - 1].first, p[i % p.size()].second - p[i - 1].second);
-  w.endShape();
-  return w;
-}
-
 // Capitals as 5 by 7 dots, row by row from the top.
 struct Letter {
   char code;
@@ -85,8 +71,9 @@ swf::Bytes morph(int id, int size) {
   const int s = size / 8, w = size / 2, h = size / 4;
   const Points square = {{-s, -s}, {s, -s}, {s, s}, {-s, s}};
   const Points diamond = {{0, -h}, {w, 0}, {0, h}, {-w, 0}};
-  return swf::defineMorphShape(id, {{{20, 170, 180}, {250, 200, 40}}}, {}, polygon(square, true),
-                               polygon(diamond, false), {-w, w, -h, h});
+  return swf::defineMorphShape(id, {{{20, 170, 180}, {250, 200, 40}}}, {},
+                               swf::closedPolygon(square), swf::closedPolygon(diamond, false),
+                               {-w, w, -h, h});
 }
 
 swf::Bytes font(int id) {

@@ -352,17 +352,20 @@ Bytes defineMorphShape(int id, const std::vector<MorphFill>& fills,
   return block(46, w.bytes, true);
 }
 
-Writer glyphRectangle(int32_t x, int32_t y, int32_t width, int32_t height) {
+Writer closedPolygon(const std::vector<std::pair<int32_t, int32_t>>& p, bool filled) {
   Writer w;
-  w.bits(1, 4);
+  w.bits(filled ? 1 : 0, 4);
   w.bits(0, 4);
-  w.styleChange(1, 0, std::make_pair(x, y), std::nullopt, 1u, std::nullopt);
-  w.lineEdge(width, 0);
-  w.lineEdge(0, height);
-  w.lineEdge(-width, 0);
-  w.lineEdge(0, -height);
+  w.styleChange(filled ? 1 : 0, 0, p[0], std::nullopt,
+                filled ? std::optional<uint32_t>(1u) : std::nullopt, std::nullopt);
+  for (size_t i = 1; i <= p.size(); i++)
+    w.lineEdge(p[i % p.size()].first - p[i - 1].first, p[i % p.size()].second - p[i - 1].second);
   w.endShape();
   return w;
+}
+
+Writer glyphRectangle(int32_t x, int32_t y, int32_t width, int32_t height) {
+  return closedPolygon({{x, y}, {x + width, y}, {x + width, y + height}, {x, y + height}});
 }
 
 Bytes defineFont(int id, const std::vector<Writer>& glyphs) {

@@ -124,6 +124,11 @@ Bytes defineMorphShape(int id, const std::vector<MorphFill>& fills,
                        const std::vector<MorphLine>& lines, const Writer& startEdges,
                        const Writer& endEdges, std::array<int32_t, 4> bounds = {0, 100, 0, 100});
 
+// The field widths, a move to the first point, edges around back to it and
+// the end: a whole shape's records. `filled` selects fill style 1 on the
+// fill1 side; without it there are no styles at all, as in a morph's end.
+Writer closedPolygon(const std::vector<std::pair<int32_t, int32_t>>& points, bool filled = true);
+
 // Fonts and text. A glyph is a writer holding its field widths and records
 // (see glyphRectangle).
 Writer glyphRectangle(int32_t x, int32_t y, int32_t width, int32_t height);

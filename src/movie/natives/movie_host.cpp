@@ -40,9 +40,9 @@ bool instanceHit(const ddInstance* i, ddFixed x, ddFixed y) {
       return render && ddRender_hit(render, x, y);
     }
     case ddCharacterText: {
-      const ddTextInstance* t = reinterpret_cast<const ddTextInstance*>(i);
-      for (int32_t k = 0; k < t->count; k++)
-        if (t->entries[k].render && ddRender_hit(t->entries[k].render, x, y)) return true;
+      const ddGlyphList& g = reinterpret_cast<const ddTextInstance*>(i)->glyphs;
+      for (int32_t k = 0; k < g.count; k++)
+        if (g.entries[k].render && ddRender_hit(g.entries[k].render, x, y)) return true;
       return false;
     }
     case ddCharacterTimeline:
