@@ -443,14 +443,13 @@ void ddStream_readFontInfoBlock(ddStream* s, ddTimeline* timeline, int32_t lengt
 void ddStream_readFontInfo2Block(ddStream* s, ddTimeline* timeline, int32_t length) {
   const uint64_t end = s->pos + uint64_t(int64_t(length));
   int32_t id = ddStream_readU16(s);
-  int32_t nameLength = ddStream_readU8(s);
+  ddStream_readU8(s);  // name length
   if (!asFont(ddDictionary_get(timeline, id))) {
     ddWarn("fontInfo found for non-font character");
     return;
   }
   // Name, flags, language and codes: read past, the font stays as it is.
   if (s->pos < end) ddStream_skip(s, int64_t(end - s->pos));
-  (void)nameLength;
 }
 
 void ddStream_readTextBlock(ddStream* s, ddTimeline* timeline, int blockType, int32_t length) {
