@@ -10,7 +10,7 @@ namespace demo {
 // A morph from a small teal square to a wide golden diamond, `size` twips
 // across at its widest.
 swf::Bytes morph(int id, int size);
-// A block-letter font of the capitals and the space, `cell` twips per dot.
+// A block-letter font of the capitals the demo writes, and the space.
 swf::Bytes font(int id);
 // Static text in `font` at `height` twips, in a colour.
 swf::Bytes text(int id, int font, const std::string& line, int height, swf::Solid colour);
