@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "movie/dd.h"
+#include "movie/render/dd_render.h"
 #include "movie_walk.h"
 
 namespace {
@@ -23,6 +24,8 @@ bool setUp() {
   // Well above what the seeds need, well below the fuzzer's memory limit.
   ddMemory_setLimit(size_t(256) << 20);
   ddMemory_setTracking(true);
+  // Shapes, morphs and glyphs are drawn, not only boxed.
+  ddRender_install();
   return true;
 }
 

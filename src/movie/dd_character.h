@@ -136,6 +136,9 @@ void ddShape_finish(ddShape* shape);
 ddGradient* ddGradient_create();
 void ddGradient_destroy(ddGradient* gradient);
 void ddGradient_addStop(ddGradient* gradient, int ratio, ddColor colour);
+// Writes stop `index` with a ratio (0 to 255) and a colour, and the deltas
+// that lead to it in the stop before.
+void ddGradient_writeStop(ddGradient* gradient, int32_t index, int ratio, ddColor colour);
 ddColor ddGradient_colorAt(ddGradient* gradient, int32_t pos);
 
 void ddLineArray_destroy(ddLineArray* lines);
@@ -145,6 +148,10 @@ void ddLineArray_destroy(ddLineArray* lines);
 void ddStream_readFillArray(ddStream* s, ddTimeline* timeline, int blockType, ddShape* shape,
                             ddShape* secondShape);
 ddLineArray* ddStream_readLineArray(ddStream* s, int blockType, ddLineArray** secondLines);
+
+// An edge record after its leading 1 bit: moves the stream's pen (twips) and,
+// for a curve, gives the control point in twips. True for a straight edge.
+bool ddStream_readEdge(ddStream* s, int32_t* cx, int32_t* cy);
 
 ddShapeCharacter* ddShapeCharacter_create(ddShape* shape);
 // Blocks 2, 22 and 32.

@@ -6,6 +6,7 @@
 #include <functional>
 #include <initializer_list>
 
+#include "movie/dd_morph.h"
 #include "movie/dd_movie.h"
 
 namespace {
@@ -18,14 +19,6 @@ void addDirty(ddRectList* dirty, const ddRect& r) {
   if (dirty) ddRectList_add(dirty, r);
 }
 
-void initInstance(ddInstance* i, int32_t type) {
-  i->type = type;
-  i->clipDepth = -1;
-  i->matrix = ddMatrixIdentity;
-  i->cxform = ddCxformIdentity;
-  i->bounds = ddRect_empty();
-}
-
 // Shape instances without a rasteriser: the box of the shape's bounds.
 
 void boxUpdate(ddInstance* self, ddRectList* dirty, const ddMatrix* parent) {
@@ -33,17 +26,7 @@ void boxUpdate(ddInstance* self, ddRectList* dirty, const ddMatrix* parent) {
   ddMatrix m = ddMatrix_concat(*parent, self->matrix);
   if (!ddRect_isEmpty(self->bounds) && ddMatrix_equal(m, si->boxMatrix)) return;
   ddRect old = self->bounds;
-  const ddRect& box = reinterpret_cast<ddShapeCharacter*>(self->character)->shape->bounds;
-  ddRect now = ddRect_empty();
-  if (!ddRect_isEmpty(box)) {
-    for (ddFixed x : {box.xMin, box.xMax}) {
-      for (ddFixed y : {box.yMin, box.yMax}) {
-        ddFixed tx, ty;
-        ddMatrix_transform(m, x, y, &tx, &ty);
-        ddRect_addPoint(&now, tx, ty);
-      }
-    }
-  }
+  ddRect now = ddShape_boxUnder(si->shape, m);
   si->boxMatrix = m;
   self->bounds = now;
   addDirty(dirty, old);
@@ -59,7 +42,8 @@ void boxDestroy(ddInstance* self) {
 
 void boxSetMask(ddShapeInstance*, ddShapeInstance*) {}
 
-const ddShapeInstanceOps boxOps = {nullptr, boxUpdate, boxDraw, boxDestroy, boxSetMask};
+const ddShapeInstanceOps boxOps = {nullptr, boxUpdate, boxDraw, boxDestroy, boxSetMask,
+                                   nullptr, nullptr,   nullptr, nullptr};
 const ddShapeInstanceOps* shapeOps = &boxOps;
 
 // Clips
@@ -159,23 +143,35 @@ const ddShapeInstanceOps* ddShapeInstance_ops() {
   return shapeOps;
 }
 
+ddRect ddShape_boxUnder(const ddShape* shape, const ddMatrix& m) {
+  ddRect box = ddRect_empty();
+  const ddRect& b = shape->bounds;
+  if (ddRect_isEmpty(b)) return box;
+  for (ddFixed x : {b.xMin, b.xMax}) {
+    for (ddFixed y : {b.yMin, b.yMax}) {
+      ddFixed tx, ty;
+      ddMatrix_transform(m, x, y, &tx, &ty);
+      ddRect_addPoint(&box, tx, ty);
+    }
+  }
+  return box;
+}
+
 ddInstance* ddShapeInstance_instantiate(ddMovie* movie, ddCharacter* character) {
   ddShapeInstance* si = static_cast<ddShapeInstance*>(ddCalloc(1, sizeof(ddShapeInstance)));
-  initInstance(&si->head, ddCharacterShape);
-  si->head.character = character;
+  ddInstance_init(&si->head, ddCharacterShape, character);
   si->head.update = shapeOps->update;
   si->head.draw = shapeOps->draw;
   si->head.destroy = shapeOps->destroy;
-  ddShape* shape = reinterpret_cast<ddShapeCharacter*>(character)->shape;
+  si->shape = reinterpret_cast<ddShapeCharacter*>(character)->shape;
   si->ops = shapeOps;
-  if (shapeOps->createRender) si->render = shapeOps->createRender(shape);
+  if (shapeOps->createRender) si->render = shapeOps->createRender(si->shape);
   return &si->head;
 }
 
 ddClip* ddClip_create(ddMovie* movie, ddTimeline* timeline) {
   ddClip* clip = static_cast<ddClip*>(ddCalloc(1, sizeof(ddClip)));
-  initInstance(&clip->head, ddCharacterTimeline);
-  clip->head.character = &timeline->head;
+  ddInstance_init(&clip->head, ddCharacterTimeline, &timeline->head);
   clip->head.update = ddClip_update;
   clip->head.draw = clipDraw;
   clip->head.destroy = clipDestroy;
@@ -278,6 +274,7 @@ void ddClip_setFrame(ddMovie* movie, ddClip* clip) {
       }
     }
     i->state |= ddStateSeen;
+    if (i->type == ddCharacterMorph && p->ratio != -1) ddMorph_setRatio(i, p->ratio & 0xFFFF);
     if (fresh && child) {
       ddClip_start(movie, child);
       if (child->timeline->nFrames == 1) child->flags |= ddClipStopped;
@@ -294,6 +291,15 @@ void ddClip_setFrame(ddMovie* movie, ddClip* clip) {
 }
 
 // Instances
+
+void ddInstance_init(ddInstance* i, int32_t type, ddCharacter* character) {
+  i->type = type;
+  i->character = character;
+  i->clipDepth = -1;
+  i->matrix = ddMatrixIdentity;
+  i->cxform = ddCxformIdentity;
+  i->bounds = ddRect_empty();
+}
 
 ddInstance* ddInstance_create(ddMovie* movie, ddClip* parent, ddCharacter* character, int32_t depth,
                               const char* name, int32_t clipDepth) {

@@ -38,6 +38,7 @@ struct ddShapeInstance {
   ddRender* render;
   const ddShapeInstanceOps* ops;  // the table it was made with
   ddMatrix boxMatrix;             // matrix of `head.bounds` when no rasteriser is installed
+  ddShape* shape;                 // what `render` draws: the character's, or a morph's own
 };
 
 // How placed shapes are drawn. The rasteriser installs its table; until then a
@@ -52,6 +53,16 @@ struct ddShapeInstanceOps {
   void (*destroy)(ddInstance* self);
   // Points the target's render at the mask's render; a null mask clears it.
   void (*setMask)(ddShapeInstance* target, ddShapeInstance* mask);
+  // Single renders, for instances that draw several (text) or remake theirs
+  // (morphs). All absent in the box-only table, where such instances keep
+  // the boxes of their shapes.
+  void (*destroyRender)(ddRender* render);
+  // Brings the render's device geometry to `matrix` and gives its bounds.
+  ddRect (*updateRender)(ddRender* render, ddRectList* dirty, const ddMatrix& matrix);
+  void (*drawRender)(ddRender* render, ddSurface* surface, const ddMatrix& matrix,
+                     const ddCxform& cxform, const ddRect& clip);
+  // Gives a glyph's render its one solid paint.
+  void (*setTextColor)(ddRender* render, ddColor colour);
 };
 // Null restores the box-only table. Affects shapes instantiated afterwards.
 void ddShapeInstance_setOps(const ddShapeInstanceOps* ops);
@@ -103,10 +114,15 @@ constexpr int32_t ddMaxClips = 1 << 20;
 
 // Instances
 
+// Fills the head of a new instance: no mask depth, identity matrix and colour
+// transform, empty bounds.
+void ddInstance_init(ddInstance* instance, int32_t type, ddCharacter* character);
 ddInstance* ddInstance_create(ddMovie* movie, ddClip* parent, ddCharacter* character, int32_t depth,
                               const char* name, int32_t clipDepth);
 void ddInstance_setMask(ddInstance* target, ddInstance* mask);
 ddInstance* ddShapeInstance_instantiate(ddMovie* movie, ddCharacter* character);
+// The box of `shape`'s bounds under `m`; empty for empty bounds.
+ddRect ddShape_boxUnder(const ddShape* shape, const ddMatrix& m);
 
 // Clips
 

@@ -8,6 +8,8 @@
 #include <cstring>
 
 #include "movie/dd_bitmap.h"
+#include "movie/dd_morph.h"
+#include "movie/dd_text.h"
 
 namespace {
 
@@ -50,6 +52,27 @@ void defineShape(ddStream* s, ddTimeline* t, int type, int32_t length) {
 void defineBitmap(ddStream* s, ddTimeline* t, int type, int32_t length) {
   ddStream_readBitmapBlock(s, t, type, length);
 }
+void defineMorph(ddStream* s, ddTimeline* t, int, int32_t length) {
+  ddStream_readMorphBlock(s, t, length);
+}
+void defineFont(ddStream* s, ddTimeline* t, int, int32_t length) {
+  ddStream_readFontBlock(s, t, length);
+}
+void defineFont2(ddStream* s, ddTimeline* t, int, int32_t length) {
+  ddStream_readFont2Block(s, t, length);
+}
+void fontInfo(ddStream* s, ddTimeline* t, int, int32_t length) {
+  ddStream_readFontInfoBlock(s, t, length);
+}
+void fontInfo2(ddStream* s, ddTimeline* t, int, int32_t length) {
+  ddStream_readFontInfo2Block(s, t, length);
+}
+void defineText(ddStream* s, ddTimeline* t, int type, int32_t length) {
+  ddStream_readTextBlock(s, t, type, length);
+}
+void defineEditText(ddStream* s, ddTimeline* t, int, int32_t length) {
+  ddStream_readEditTextBlock(s, t, length);
+}
 void backgroundColor(ddStream* s, ddTimeline*, int, int32_t) {
   s->backgroundColor = ddStream_readRGB(s);
 }
@@ -70,10 +93,15 @@ struct BlockTable {
     handler[39] = defineSprite;
     handler[43] = frameLabel;
     handler[56] = exportAssets;
+    handler[10] = defineFont;
+    handler[11] = handler[33] = defineText;
+    handler[13] = fontInfo;
+    handler[37] = defineEditText;
+    handler[46] = defineMorph;
+    handler[48] = defineFont2;
+    handler[62] = fontInfo2;
     // Sound, buttons, scripts and JPEG images are not played.
     for (int t : {6, 7, 8, 12, 14, 15, 17, 18, 19, 21, 24, 34, 35, 45, 58, 59}) skip(t);
-    // Fonts, text and morphs: not read yet.
-    for (int t : {10, 11, 13, 33, 37, 46, 48, 62}) skip(t);
   }
   void skip(int t) {
     handler[t] = skipBlock;

@@ -154,6 +154,10 @@ void ddGradient_addStop(ddGradient* g, int ratio, ddColor colour) {
     i = g->count++;
     std::memset(&g->stops[i], 0, sizeof(ddGradientStop));
   }
+  ddGradient_writeStop(g, i, ratio, colour);
+}
+
+void ddGradient_writeStop(ddGradient* g, int32_t i, int ratio, ddColor colour) {
   ddGradientStop& s = g->stops[i];
   s.pos = static_cast<uint16_t>(ratio * 256);
   s.red = colour & 255;
@@ -295,9 +299,10 @@ void ddStream_readFillArray(ddStream* s, ddTimeline* timeline, int blockType, dd
       case 0x43: {
         int32_t id = ddStream_readS16(s);
         ddMatrix m = ddStream_readMatrix(s);
-        ddMatrix endMatrix = morph ? ddStream_readMatrix(s) : m;
         ddCharacter* c = id >= 0 ? ddDictionary_get(timeline, id) : nullptr;
         if (c && c->type == ddCharacterBitmap) {
+          // A morph's end matrix is read only for a bitmap that exists.
+          ddMatrix endMatrix = morph ? ddStream_readMatrix(s) : m;
           ddSurface* bitmap = reinterpret_cast<ddBitmapCharacter*>(c)->surface;
           fill.kind = type == 0x40 ? ddFillTiledBitmap : ddFillClippedBitmap;
           fill.data.bitmap = bitmap;
@@ -374,6 +379,29 @@ ddLineArray* ddStream_readLineArray(ddStream* s, int blockType, ddLineArray** se
 
 // Shape blocks
 
+bool ddStream_readEdge(ddStream* s, int32_t* cx, int32_t* cy) {
+  bool straight = ddStream_readBits(s, 1);
+  int w = int(ddStream_readBits(s, 4)) + 2;
+  if (straight) {
+    if (ddStream_readBits(s, 1)) {
+      s->curX = ddWrap(int64_t(s->curX) + ddStream_readSBits(s, w));
+      s->curY = ddWrap(int64_t(s->curY) + ddStream_readSBits(s, w));
+    } else if (ddStream_readBits(s, 1)) {
+      s->curY = ddWrap(int64_t(s->curY) + ddStream_readSBits(s, w));
+    } else {
+      s->curX = ddWrap(int64_t(s->curX) + ddStream_readSBits(s, w));
+    }
+    return true;
+  }
+  int32_t cdx = ddStream_readSBits(s, w), cdy = ddStream_readSBits(s, w);
+  int32_t adx = ddStream_readSBits(s, w), ady = ddStream_readSBits(s, w);
+  *cx = ddWrap(int64_t(s->curX) + cdx);
+  *cy = ddWrap(int64_t(s->curY) + cdy);
+  s->curX = ddWrap(int64_t(*cx) + adx);
+  s->curY = ddWrap(int64_t(*cy) + ady);
+  return false;
+}
+
 namespace {
 
 void shapeDestroy(ddCharacter* c) {
@@ -394,28 +422,13 @@ struct RecordReader {
 };
 
 void readEdge(RecordReader& r) {
+  int32_t cx, cy;
   ddStream* s = r.s;
-  bool straight = ddStream_readBits(s, 1);
-  int w = int(ddStream_readBits(s, 4)) + 2;
-  if (straight) {
-    if (ddStream_readBits(s, 1)) {
-      s->curX = ddWrap(int64_t(s->curX) + ddStream_readSBits(s, w));
-      s->curY = ddWrap(int64_t(s->curY) + ddStream_readSBits(s, w));
-    } else if (ddStream_readBits(s, 1)) {
-      s->curY = ddWrap(int64_t(s->curY) + ddStream_readSBits(s, w));
-    } else {
-      s->curX = ddWrap(int64_t(s->curX) + ddStream_readSBits(s, w));
-    }
+  if (ddStream_readEdge(s, &cx, &cy))
     ddShape_lineTo(r.shape, ddFixed_fromTwips(s->curX), ddFixed_fromTwips(s->curY));
-    return;
-  }
-  int32_t cdx = ddStream_readSBits(s, w), cdy = ddStream_readSBits(s, w);
-  int32_t adx = ddStream_readSBits(s, w), ady = ddStream_readSBits(s, w);
-  int32_t cx = ddWrap(int64_t(s->curX) + cdx), cy = ddWrap(int64_t(s->curY) + cdy);
-  s->curX = ddWrap(int64_t(cx) + adx);
-  s->curY = ddWrap(int64_t(cy) + ady);
-  ddShape_curveTo(r.shape, ddFixed_fromTwips(cx), ddFixed_fromTwips(cy), ddFixed_fromTwips(s->curX),
-                  ddFixed_fromTwips(s->curY));
+  else
+    ddShape_curveTo(r.shape, ddFixed_fromTwips(cx), ddFixed_fromTwips(cy),
+                    ddFixed_fromTwips(s->curX), ddFixed_fromTwips(s->curY));
 }
 
 // One record; false at the end of the shape.

@@ -118,6 +118,14 @@ void onBlock(void* context, const ddTimeline*, int type, int32_t, ddBlockAction 
   if (action != ddBlockRead && !harmless(type)) static_cast<BlockCounts*>(context)->passed[type]++;
 }
 
+struct Fatal {
+  std::string message;
+};
+
+[[noreturn]] void throwFatal(const char* message) {
+  throw Fatal{message};
+}
+
 uint8_t channel(uint32_t word, int i) {
   return uint8_t(word >> (8 * i));
 }
@@ -148,10 +156,26 @@ Rendered renderMovie(const std::vector<uint8_t>& swf, int framesAdvanced, int wi
   Rendered r;
   ddRender_install();
   BlockCounts blocks;
-  ddMovie* movie = ddMovie_create(ddSurface_create(width, height), swf.data(), int32_t(swf.size()));
-  movie->stream->listener = onBlock;
-  movie->stream->listenerContext = &blocks;
-  if (ddMovie_open(movie) < 0) {
+  // A movie the reader gives up on is reported, not a reason to stop: its
+  // memory is tracked while it opens and released in one sweep.
+  ddSink fatalSink = ddSetFatalSink(throwFatal);
+  ddMemory_setTracking(true);
+  ddMovie* movie = nullptr;
+  int opened = -1;
+  try {
+    movie = ddMovie_create(ddSurface_create(width, height), swf.data(), int32_t(swf.size()));
+    movie->stream->listener = onBlock;
+    movie->stream->listenerContext = &blocks;
+    opened = ddMovie_open(movie);
+  } catch (const Fatal& f) {
+    ddMemory_releaseTracked();
+    r.fatal = f.message;
+    movie = nullptr;
+  }
+  ddMemory_setTracking(false);
+  ddSetFatalSink(fatalSink);
+  if (!movie) return r;
+  if (opened < 0) {
     ddMovie_dispose(movie);
     return r;
   }

@@ -38,6 +38,7 @@ struct Rendered {
   std::string skippedBlocks;  // "type:count ..." of blocks passed over
   int rootFrames = 0;         // frames of the root timeline
   int shownFrame = 0;         // root frame drawn
+  std::string fatal;          // the reader's message when it gave the movie up
   Picture picture;
 };
 

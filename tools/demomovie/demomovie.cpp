@@ -1,10 +1,12 @@
 // Writes the demo's movie: a star turning over a gradient sky while a ball
-// bounces past it and fades, 48 frames at 24 per second, 256 by 256 pixels.
+// bounces past it and fades, a shape morphing back and forth under a line of
+// text, 48 frames at 24 per second, 256 by 256 pixels.
 #include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <numbers>
 
+#include "morphtext.h"
 #include "swf_writer.h"
 
 namespace {
@@ -109,13 +111,18 @@ int main(int argc, char** argv) {
   // The star and the ball are sprites, so that a click can find them by name.
   const swf::Bytes oneShape2 = swf::concat({swf::placeNew(1, 2), swf::showFrame(), swf::end()});
   const swf::Bytes oneShape3 = swf::concat({swf::placeNew(1, 3), swf::showFrame(), swf::end()});
-  std::vector<swf::Bytes> body = {swf::setBackground(0, 0, 0),
-                                  sky(1),
-                                  star(2, 80 * kTwips, 32 * kTwips),
-                                  ball(3, 22 * kTwips),
-                                  swf::defineSprite(12, 1, oneShape2),
-                                  swf::defineSprite(13, 1, oneShape3),
-                                  swf::placeNew(1, 1)};
+  std::vector<swf::Bytes> body = {
+      swf::setBackground(0, 0, 0),
+      sky(1),
+      star(2, 80 * kTwips, 32 * kTwips),
+      ball(3, 22 * kTwips),
+      swf::defineSprite(12, 1, oneShape2),
+      swf::defineSprite(13, 1, oneShape3),
+      swf::placeNew(1, 1),
+      demo::morph(4, 60 * kTwips),
+      demo::font(5),
+      demo::text(6, 5, "VOSTAN MOVIE TEXT", 12 * kTwips, {250, 240, 220}),
+      swf::placeNew(5, 6, swf::Matrix{{}, {}, 8 * kTwips, 20 * kTwips})};
   for (int f = 0; f < kFrames; ++f) {
     const double t = double(f) / kFrames;
     swf::Place s;
@@ -143,8 +150,18 @@ int main(int argc, char** argv) {
     } else {
       b.move = true;
     }
+    swf::Place m;
+    m.depth = 4;
+    m.ratio = demo::pingPong(f, kFrames);
+    if (f == 0) {
+      m.id = 4;
+      m.matrix = swf::Matrix{{}, {}, 214 * kTwips, 50 * kTwips};
+    } else {
+      m.move = true;
+    }
     body.push_back(swf::placeObject2(s));
     body.push_back(swf::placeObject2(b));
+    body.push_back(swf::placeObject2(m));
     body.push_back(swf::showFrame());
   }
   body.push_back(swf::end());

@@ -324,6 +324,156 @@ Bytes defineShape(int type, int id, const Writer& body) {
   return block(type, w.bytes, true);
 }
 
+Bytes defineMorphShape(int id, const std::vector<MorphFill>& fills,
+                       const std::vector<MorphLine>& lines, const Writer& startEdges,
+                       const Writer& endEdges, std::array<int32_t, 4> bounds) {
+  Writer styles;
+  styles.u8(uint32_t(fills.size()));
+  for (const MorphFill& f : fills) {
+    styles.u8(0);
+    styles.rgba(f.start.r, f.start.g, f.start.b, f.start.a);
+    styles.rgba(f.end.r, f.end.g, f.end.b, f.end.a);
+  }
+  styles.u8(uint32_t(lines.size()));
+  for (const MorphLine& l : lines) {
+    styles.u16(l.start.width);
+    styles.u16(l.end.width);
+    styles.rgba(l.start.colour.r, l.start.colour.g, l.start.colour.b, l.start.colour.a);
+    styles.rgba(l.end.colour.r, l.end.colour.g, l.end.colour.b, l.end.colour.a);
+  }
+  Writer w;
+  w.u16(uint32_t(id));
+  w.rect(bounds[0], bounds[1], bounds[2], bounds[3]);
+  w.rect(bounds[0], bounds[1], bounds[2], bounds[3]);
+  w.u32(uint32_t(styles.bytes.size() + startEdges.bytes.size()));
+  w.raw(styles.bytes);
+  w.raw(startEdges.bytes);
+  w.raw(endEdges.bytes);
+  return block(46, w.bytes, true);
+}
+
+Writer closedPolygon(const std::vector<std::pair<int32_t, int32_t>>& p, bool filled) {
+  Writer w;
+  w.bits(filled ? 1 : 0, 4);
+  w.bits(0, 4);
+  w.styleChange(filled ? 1 : 0, 0, p[0], std::nullopt,
+                filled ? std::optional<uint32_t>(1u) : std::nullopt, std::nullopt);
+  for (size_t i = 1; i <= p.size(); i++)
+    w.lineEdge(p[i % p.size()].first - p[i - 1].first, p[i % p.size()].second - p[i - 1].second);
+  w.endShape();
+  return w;
+}
+
+Writer glyphRectangle(int32_t x, int32_t y, int32_t width, int32_t height) {
+  return closedPolygon({{x, y}, {x + width, y}, {x + width, y + height}, {x, y + height}});
+}
+
+Bytes defineFont(int id, const std::vector<Writer>& glyphs) {
+  Writer w;
+  w.u16(uint32_t(id));
+  uint32_t offset = uint32_t(glyphs.size() * 2);
+  for (const Writer& g : glyphs) {
+    w.u16(offset);
+    offset += uint32_t(g.bytes.size());
+  }
+  for (const Writer& g : glyphs) w.raw(g.bytes);
+  return block(10, w.bytes, true);
+}
+
+Bytes defineFont2(int id, const Font2& f) {
+  Writer w;
+  w.u16(uint32_t(id));
+  const bool layout = !f.advances.empty();
+  w.u8((layout ? 128 : 0) | (f.wideOffsets ? 8 : 0) | (f.wideCodes ? 4 : 0));
+  w.u8(0);  // language
+  w.u8(4);
+  w.raw({'T', 'e', 's', 't'});
+  w.u16(uint32_t(f.glyphs.size()));
+  const uint32_t entry = f.wideOffsets ? 4 : 2;
+  uint32_t offset = uint32_t(f.glyphs.size() + 1) * entry;
+  auto put = [&](uint32_t v) { f.wideOffsets ? w.u32(v) : w.u16(v); };
+  for (const Writer& g : f.glyphs) {
+    put(offset);
+    offset += uint32_t(g.bytes.size());
+  }
+  put(offset);
+  for (const Writer& g : f.glyphs) w.raw(g.bytes);
+  auto code = [&](uint32_t c) { f.wideCodes ? w.u16(c) : w.u8(c); };
+  for (uint16_t c : f.codes) code(c);
+  if (layout) {
+    w.u16(800);
+    w.u16(200);
+    w.u16(0);
+    for (int16_t a : f.advances) w.u16(uint16_t(a));
+    for (size_t i = 0; i < f.glyphs.size(); i++) w.rect(0, 0, 0, 0);
+    w.u16(uint32_t(f.kerning.size()));
+    for (const auto& k : f.kerning) {
+      code(k[0]);
+      code(k[1]);
+      w.u16(k[2]);
+    }
+  }
+  return block(48, w.bytes, true);
+}
+
+Bytes defineFontInfo(int id, const std::string& name, const std::vector<uint16_t>& codes,
+                     bool wideCodes) {
+  Writer w;
+  w.u16(uint32_t(id));
+  w.u8(uint32_t(name.size()));
+  for (char c : name) w.u8(uint8_t(c));
+  w.u8(wideCodes ? 1 : 0);
+  for (uint16_t c : codes) wideCodes ? w.u16(c) : w.u8(c);
+  return block(13, w.bytes, true);
+}
+
+Bytes defineText(int type, int id, const std::vector<TextRecord>& records, int glyphBits,
+                 int advanceBits, const Matrix& m) {
+  Writer w;
+  w.u16(uint32_t(id));
+  w.rect(0, 2000, 0, 2000);
+  w.matrix(m);
+  w.u8(uint32_t(glyphBits));
+  w.u8(uint32_t(advanceBits));
+  for (const TextRecord& r : records) {
+    w.u8(0x80 | (r.font ? 8 : 0) | (r.colour ? 4 : 0) | (r.y ? 2 : 0) | (r.x ? 1 : 0));
+    if (r.font) w.u16(uint32_t(*r.font));
+    if (r.colour) {
+      if (type == 33)
+        w.rgba(r.colour->r, r.colour->g, r.colour->b, r.colour->a);
+      else
+        w.rgb(r.colour->r, r.colour->g, r.colour->b);
+    }
+    if (r.x) w.u16(uint16_t(*r.x));
+    if (r.y) w.u16(uint16_t(*r.y));
+    if (r.font) w.u16(uint32_t(r.height));
+    if (r.glyphs.empty()) continue;
+    w.u8(uint32_t(r.glyphs.size()));
+    for (const auto& [glyph, advance] : r.glyphs) {
+      w.bits(glyph, glyphBits);
+      w.sbits(advance, advanceBits);
+    }
+    w.align();
+  }
+  w.u8(0);
+  return block(type, w.bytes, true);
+}
+
+Bytes defineEditText(int id, int font, int height, Solid colour, const std::string& text) {
+  Writer w;
+  w.u16(uint32_t(id));
+  w.rect(0, 4000, 0, 400);
+  w.u16(0x85);  // has text, has colour, has font
+  w.u16(uint32_t(font));
+  w.u16(uint32_t(height));
+  w.rgba(colour.r, colour.g, colour.b, colour.a);
+  w.u8(0);  // align
+  for (int i = 0; i < 4; i++) w.u16(0);
+  w.string("");
+  w.string(text);
+  return block(37, w.bytes, true);
+}
+
 Bytes concat(std::initializer_list<Bytes> parts) {
   Bytes out;
   for (const Bytes& p : parts) out.insert(out.end(), p.begin(), p.end());

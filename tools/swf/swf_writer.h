@@ -2,6 +2,7 @@
 // movie reader understands, so tests state their input exactly.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -109,6 +110,51 @@ struct Line {
 };
 Bytes shapeStyles(int type, const std::vector<Solid>& fills, const std::vector<Line>& lines);
 Bytes defineShape(int type, int id, const Writer& boundsAndRecords);
+
+// DefineMorphShape (46): solid fill and line styles as start and end pairs,
+// then the start and end edges, each writer beginning with its own field
+// widths. The rectangles are the start and end bounds.
+struct MorphFill {
+  Solid start, end;
+};
+struct MorphLine {
+  Line start, end;
+};
+Bytes defineMorphShape(int id, const std::vector<MorphFill>& fills,
+                       const std::vector<MorphLine>& lines, const Writer& startEdges,
+                       const Writer& endEdges, std::array<int32_t, 4> bounds = {0, 100, 0, 100});
+
+// The field widths, a move to the first point, edges around back to it and
+// the end: a whole shape's records. `filled` selects fill style 1 on the
+// fill1 side; without it there are no styles at all, as in a morph's end.
+Writer closedPolygon(const std::vector<std::pair<int32_t, int32_t>>& points, bool filled = true);
+
+// Fonts and text. A glyph is a writer holding its field widths and records
+// (see glyphRectangle).
+Writer glyphRectangle(int32_t x, int32_t y, int32_t width, int32_t height);
+Bytes defineFont(int id, const std::vector<Writer>& glyphs);
+struct Font2 {
+  std::vector<Writer> glyphs;
+  std::vector<uint16_t> codes;                   // one per glyph
+  std::vector<int16_t> advances;                 // twips; layout data when not empty
+  std::vector<std::array<uint16_t, 3>> kerning;  // code, code, adjustment
+  bool wideOffsets = false, wideCodes = false;
+};
+Bytes defineFont2(int id, const Font2& font);
+Bytes defineFontInfo(int id, const std::string& name, const std::vector<uint16_t>& codes,
+                     bool wideCodes = false);
+struct TextRecord {
+  std::optional<int> font;  // with height
+  int height = 0;
+  std::optional<Solid> colour;
+  std::optional<int16_t> x, y;                       // twips
+  std::vector<std::pair<uint32_t, int32_t>> glyphs;  // glyph index, advance in twips
+};
+// DefineText (11) or DefineText2 (33); glyph and advance fields of the given widths.
+Bytes defineText(int type, int id, const std::vector<TextRecord>& records, int glyphBits = 8,
+                 int advanceBits = 16, const Matrix& m = {});
+// DefineEditText (37) with a font, a height in twips, a colour and its text.
+Bytes defineEditText(int id, int font, int height, Solid colour, const std::string& text);
 
 Bytes concat(std::initializer_list<Bytes> parts);
 

@@ -188,6 +188,30 @@ int info(const std::string& path) {
         std::printf("  %d sprite, %d frames\n", id,
                     reinterpret_cast<const ddTimeline*>(c)->framesRead);
         break;
+      case ddCharacterMorph: {
+        const ddShape* s = reinterpret_cast<const ddMorphCharacter*>(c)->start;
+        std::printf("  %d morph, %d fills, %d records\n", id, s->fillCount, s->recordCount);
+        break;
+      }
+      case ddCharacterFont: {
+        const ddFont* f = reinterpret_cast<const ddFont*>(c);
+        std::printf("  %d font%s%s, %d glyphs\n", id, f->name ? " " : "", f->name ? f->name : "",
+                    f->glyphCount);
+        break;
+      }
+      case ddCharacterText: {
+        int glyphs = 0;
+        for (const ddTextRecord* r = reinterpret_cast<const ddTextCharacter*>(c)->records; r;
+             r = r->next)
+          glyphs += r->glyphCount;
+        std::printf("  %d text, %d glyphs\n", id, glyphs);
+        break;
+      }
+      case ddCharacterEditText: {
+        const char* text = reinterpret_cast<const ddEditTextCharacter*>(c)->text;
+        std::printf("  %d edit text \"%s\"\n", id, text ? text : "");
+        break;
+      }
       default:
         std::printf("  %d type %d\n", id, c->type);
     }

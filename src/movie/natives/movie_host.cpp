@@ -39,6 +39,12 @@ bool instanceHit(const ddInstance* i, ddFixed x, ddFixed y) {
       const ddRender* render = reinterpret_cast<const ddShapeInstance*>(i)->render;
       return render && ddRender_hit(render, x, y);
     }
+    case ddCharacterText: {
+      const ddGlyphList& g = reinterpret_cast<const ddTextInstance*>(i)->glyphs;
+      for (int32_t k = 0; k < g.count; k++)
+        if (g.entries[k].render && ddRender_hit(g.entries[k].render, x, y)) return true;
+      return false;
+    }
     case ddCharacterTimeline:
       return ddClip_hit(reinterpret_cast<const ddClip*>(i), x, y);
     default:

@@ -360,10 +360,33 @@ void shapeSetMask(ddShapeInstance* target, ddShapeInstance* mask) {
   target->render->mask = mask ? mask->render : nullptr;
 }
 
+ddRect updateRender(ddRender* render, ddRectList* dirty, const ddMatrix& matrix) {
+  ddRender_update(render, dirty, &matrix);
+  return render->bounds;
+}
+
+void drawRender(ddRender* render, ddSurface* surface, const ddMatrix& matrix,
+                const ddCxform& cxform, const ddRect& clip) {
+  ddRender_draw(render, surface, &matrix, &cxform, &clip);
+}
+
 }  // namespace
 
-const ddShapeInstanceOps ddRenderShapeOps = {createRender, shapeUpdate, shapeDraw, shapeDestroy,
-                                             shapeSetMask};
+void ddRender_setTextColor(ddRender* render, ddColor colour) {
+  if (render->paintCount > 0)
+    ddWarn("glyph shape instance already has fill!");
+  else
+    render->paintCount = 1;  // within the room every render keeps for added paints
+  // Glyph records all name fill 0, so this one paint colours the glyph.
+  ddPaint& p = render->paints[0];
+  p.kind = ddFillSolid;
+  p.data.color = colour;
+  p.fillMatrix = ddMatrixIdentity;
+}
+
+const ddShapeInstanceOps ddRenderShapeOps = {createRender, shapeUpdate,  shapeDraw,
+                                             shapeDestroy, shapeSetMask, ddRender_destroy,
+                                             updateRender, drawRender,   ddRender_setTextColor};
 
 void ddRender_install() {
   ddShapeInstance_setOps(&ddRenderShapeOps);

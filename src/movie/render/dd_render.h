@@ -96,6 +96,8 @@ bool ddRender_update(ddRender* render, ddRectList* dirty, const ddMatrix* matrix
 bool ddRender_draw(ddRender* render, ddSurface* surface, const ddMatrix* matrix,
                    const ddCxform* cxform, const ddRect* clip);
 bool ddRender_hit(const ddRender* render, ddFixed x, ddFixed y);
+// Gives a glyph's render its one solid paint, in place of any it had.
+void ddRender_setTextColor(ddRender* render, ddColor colour);
 
 // Installs the rasteriser as the way placed shapes are drawn (see
 // ddShapeInstance_setOps); shapes placed afterwards draw through it.
