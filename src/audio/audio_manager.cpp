@@ -109,6 +109,28 @@ std::unique_ptr<AudioManager> AudioManager::create(Opener open) {
   return audio;
 }
 
+AudioManager::~AudioManager() {
+  stopDeviceUsers();
+}
+
+int32_t AudioManager::addDeviceUser(std::function<void()> stop) {
+  std::lock_guard<std::mutex> lock(usersLock);
+  const int32_t id = nextUser++;
+  deviceUsers.emplace(id, std::move(stop));
+  return id;
+}
+
+void AudioManager::removeDeviceUser(int32_t id) {
+  std::lock_guard<std::mutex> lock(usersLock);
+  deviceUsers.erase(id);
+}
+
+void AudioManager::stopDeviceUsers() {
+  // Under the lock, so that a user being removed is not stopped half-deleted.
+  std::lock_guard<std::mutex> lock(usersLock);
+  for (auto& [id, stop] : deviceUsers) stop();
+}
+
 void AudioManager::setWindow(uint32_t window) {
   windowHandle = 0;
   if (window == 0) return;

@@ -3,7 +3,10 @@
 // and the master volume of clip sounds. One per process; the console hands it
 // each new window.
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
+#include <mutex>
 
 #include "platform/sound/sound_device.h"
 
@@ -16,7 +19,17 @@ class AudioManager {
   // Opens the device with its primary buffer and listener. On failure prints
   // why and returns null.
   static std::unique_ptr<AudioManager> create(Opener open = platform::sound::openDefaultDevice);
-  virtual ~AudioManager() = default;
+  // Stops the device's users first: no thread of ours runs into a closed
+  // device.
+  virtual ~AudioManager();
+
+  // Whatever feeds the device from a thread of its own (the music mixer)
+  // registers how to stop; stopDeviceUsers runs all of them, and is the one
+  // place to call before the device closes. removeDeviceUser waits for a
+  // stop that is running.
+  int32_t addDeviceUser(std::function<void()> stop);
+  void removeDeviceUser(int32_t id);
+  void stopDeviceUsers();
 
   // Virtual so that the console calls it without linking the sound code.
   // Window 0 drops the window and keeps the device.
@@ -38,6 +51,11 @@ class AudioManager {
   int32_t speakerConfig = 1;
   platform::sound::ListenerParams listenerParameters;
   uint32_t lastListenerTime = 0;
+
+ private:
+  std::mutex usersLock;
+  std::map<int32_t, std::function<void()>> deviceUsers;
+  int32_t nextUser = 1;
 };
 
 // Prints the name of a device result on standard output.

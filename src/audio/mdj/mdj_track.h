@@ -1,7 +1,7 @@
 #pragma once
 // A voice of the music mixer: a song and a window of frames decoded ahead of
 // what is heard, with the beat arithmetic that places the listener in the
-// song's tempo map.
+// song's tempo map, and the resampler that plays it at another pitch.
 #include <cstdint>
 #include <memory>
 
@@ -23,12 +23,26 @@ int32_t beatsBetween(int32_t frame, int32_t startFrame, float tempo, double rate
 // The rate of all beat arithmetic, whatever the rate of a song's file.
 constexpr double kBeatRate = 44100.0;
 
+// The zeroth-order modified Bessel function and the Kaiser window over
+// -halfLength..halfLength, as the resampling filter is designed with them.
+float besselI0(float x);
+float kaiserWindow(float n, float beta, float halfLength);
+
 class MDJTrack {
  public:
   static constexpr int32_t kWindowFrames = 32768;
   // Frames kept in front of window[c][0] for the resampling filter, which
   // reaches back nine frames; prefill clears them.
   static constexpr int32_t kHistoryFrames = 16;
+  // Silent frames behind the window, for the filter's reach forward.
+  static constexpr int32_t kTailFrames = 16;
+  // The window is refilled once reading has passed its first half.
+  static constexpr int32_t kRefillIndex = kWindowFrames / 2;
+  static constexpr int32_t kTaps = 19;
+  static constexpr int32_t kCentreTap = 9;
+  // Pitches the resampler accepts; others leave the pitch as it is.
+  static constexpr float kMinPitch = 1.0f / 8;
+  static constexpr float kMaxPitch = 8.0f;
 
   MDJTrack();
   MDJTrack(const MDJTrack&) = delete;
@@ -57,6 +71,17 @@ class MDJTrack {
   // Beats into the section in force at `offset` frames from the read point.
   int32_t beatPosition(int32_t offset) const;
   const MDJSection* sectionAt(int32_t offset) const;
+
+  // Writes `frames` frames of the song times `gain` over out[0] and out[1],
+  // resampled by the pitch; silence when not playing. Returns `frames`.
+  int32_t render(float gain, float* const* out, int32_t frames);
+  // Plays the song `value` times faster and higher, through a low-pass
+  // designed for the new rate. Ignored without a song, and when the pitch or
+  // the ratio of rates it makes is not finite or lies outside
+  // kMinPitch..kMaxPitch.
+  void setPitch(float value);
+  float getPitch() const { return pitch; }
+  float getRatio() const { return ratio; }
   // The stream frame at `offset` frames from the read point: the decoder
   // stands just behind the window's last frame.
   int32_t streamFrame(int32_t offset) const;
@@ -69,9 +94,20 @@ class MDJTrack {
   float fraction = 0;   // fractional part of the read position
   float* window[2];     // kWindowFrames each, left and right
   float pitch = 1.0f;
-  float ratio = 1.0f;  // source frames per output frame
+  float ratio = 1.0f;                           // source frames per output frame
+  float nyquist = 0, passBand = 0, cutoff = 0;  // filter design, in Hz
+  // The low-pass prototype and the differences of neighbouring taps, so that
+  // weights at a fractional offset are one multiply-add each. The 20th tap
+  // stays 0.
+  float taps[kTaps + 1] = {};
+  float tapSlopes[kTaps] = {};
 
  private:
+  // Frames that can be rendered before reading could pass the window's end.
+  int32_t safeFrames() const;
+  int32_t renderPart(float gain, float* const* out, int32_t frames);
+  void refill();
+
   std::unique_ptr<float[]> storage[2];
 };
 

@@ -337,9 +337,11 @@ class StaticVoice final : public VoiceBase {
     apply3D();
   }
 
+  // The writer's thread never binds the OpenAL context: a writer of its own,
+  // such as a mixer thread, then holds nothing of OpenAL's when it ends.
   Result lock(uint32_t offset, uint32_t bytes, void** p1, uint32_t* n1, void** p2,
               uint32_t* n2) override {
-    Guard g(*this);
+    std::lock_guard<std::recursive_mutex> g(core_->mutex);
     const uint32_t size = static_cast<uint32_t>(data_->bytes.size());
     if (offset >= size || bytes > size) return err::kInvalidParam;
     uint8_t* base = data_->bytes.data();
@@ -542,9 +544,11 @@ class StreamVoice final : public VoiceBase {
     alDeleteBuffers(kStreamChunks, chunks_);
   }
 
+  // The writer's thread never binds the OpenAL context: a writer of its own,
+  // such as a mixer thread, then holds nothing of OpenAL's when it ends.
   Result lock(uint32_t offset, uint32_t bytes, void** p1, uint32_t* n1, void** p2,
               uint32_t* n2) override {
-    Guard g(*this);
+    std::lock_guard<std::recursive_mutex> g(core_->mutex);
     const uint32_t size = static_cast<uint32_t>(ring_.size());
     if (offset >= size || bytes > size) return err::kInvalidParam;
     *p1 = ring_.data() + offset;
