@@ -182,8 +182,12 @@ TEST(MDJContext, ShutdownWhilePlayingLeavesNoThreadAndNoCallback) {
 
   p.context->shutdown();
   EXPECT_FALSE(p.context->running());
-  EXPECT_FALSE(p.stream->isPlaying());
-  EXPECT_FALSE(p.stream->hasNotification());
+  // The stream buffer is given back stopped and without its callback.
+  snd::StreamJournal& journal = *p.device.journal;
+  EXPECT_EQ(journal.made, 1);
+  EXPECT_EQ(journal.released, 1);
+  EXPECT_FALSE(journal.playingAtRelease);
+  EXPECT_FALSE(journal.notificationAtRelease);
   // Commands after the end are taken and dropped; a second shutdown is a no-op.
   EXPECT_TRUE(p.context->postTrick(kTrickStop));
   p.context->shutdown();

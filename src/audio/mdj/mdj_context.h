@@ -73,6 +73,8 @@ class MDJSoundContext {
   // quarter's wake-up given so far. False on timeout or after shutdown.
   bool waitIdle(std::chrono::milliseconds timeout);
   uint64_t quartersMixed() const;
+  // For measuring the thread's own processor time.
+  std::thread::native_handle_type threadHandle() { return thread.native_handle(); }
 
   // Runs `f` under the mixing lock, for a look at the mixer between quarters.
   template <class F>

@@ -83,6 +83,8 @@ class MDJBeatSyncController : public MDJController {
   MDJBeatSyncController(MDJSong* song, int32_t trick);
   std::unique_ptr<MDJController> begin(MDJMixer& mixer) override;
   int32_t advance(MDJMixer& mixer, int32_t frames) override;
+  // The code it was made from; all beat-sync codes act alike.
+  int32_t getTrick() const { return trick; }
 
  private:
   int32_t waitForBeat(int32_t frames);

@@ -5,8 +5,24 @@
 
 namespace vostan::platform::sound {
 
-ScriptedStream::ScriptedStream(const BufferDesc& desc)
-    : data_(desc.bytes, 0), flags_(desc.flags), rate_(desc.format.rate) {}
+ScriptedStream::ScriptedStream(const BufferDesc& desc, std::shared_ptr<StreamJournal> journal)
+    : data_(desc.bytes, 0),
+      flags_(desc.flags),
+      rate_(desc.format.rate),
+      journal_(std::move(journal)) {
+  if (journal_) {
+    std::lock_guard<std::mutex> lock(journal_->mutex);
+    ++journal_->made;
+  }
+}
+
+ScriptedStream::~ScriptedStream() {
+  if (!journal_) return;
+  std::lock_guard<std::mutex> lock(journal_->mutex);
+  ++journal_->released;
+  journal_->playingAtRelease = playing_;
+  journal_->notificationAtRelease = static_cast<bool>(notify_);
+}
 
 void ScriptedStream::advance(uint32_t bytes) {
   std::vector<int> passed;
@@ -139,7 +155,7 @@ Result ScriptedStream::setNotificationPositions(const uint32_t* offsets, int cou
 Result ScriptedStreamDevice::createBuffer(const BufferDesc& desc, std::unique_ptr<Buffer>* out) {
   if (failed(createFault)) return createFault;
   if (!(desc.flags & kCtrlPositionNotify) || desc.bytes == 0) return err::kUnsupported;
-  auto stream = std::make_unique<ScriptedStream>(desc);
+  auto stream = std::make_unique<ScriptedStream>(desc, journal);
   stream->notifyFault = notifyFault;
   lastStream = stream.get();
   *out = std::move(stream);

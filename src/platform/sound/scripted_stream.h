@@ -6,6 +6,7 @@
 // buffer, static clips, duplicates, the listener and 3D, which answer
 // kUnsupported. No sound is made and no library is needed.
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -13,9 +14,19 @@
 
 namespace vostan::platform::sound {
 
+// What became of the streams a device made, readable after they are gone.
+struct StreamJournal {
+  std::mutex mutex;
+  int made = 0;
+  int released = 0;
+  bool playingAtRelease = false;       // of the last one released
+  bool notificationAtRelease = false;  // a callback was still set
+};
+
 class ScriptedStream final : public Buffer {
  public:
-  explicit ScriptedStream(const BufferDesc& desc);
+  explicit ScriptedStream(const BufferDesc& desc, std::shared_ptr<StreamJournal> journal = nullptr);
+  ~ScriptedStream() override;
 
   // Set to a failure to have notifications refused.
   Result notifyFault = err::kOk;
@@ -63,6 +74,7 @@ class ScriptedStream final : public Buffer {
   int locks_ = 0;
   std::vector<uint32_t> positions_;
   NotifyFn notify_;
+  std::shared_ptr<StreamJournal> journal_;
 };
 
 class ScriptedStreamDevice final : public Device {
@@ -72,6 +84,7 @@ class ScriptedStreamDevice final : public Device {
   Result notifyFault = err::kOk;
   // The last stream made; owned by whoever asked for it.
   ScriptedStream* lastStream = nullptr;
+  std::shared_ptr<StreamJournal> journal = std::make_shared<StreamJournal>();
 
   Result setCooperativeLevel(uint32_t, uint32_t) override { return err::kOk; }
   Result createBuffer(const BufferDesc& desc, std::unique_ptr<Buffer>* out) override;

@@ -1,56 +1,75 @@
 package vostan.demo;
 
+import java.io.File;
 import java.io.IOException;
-import java.nio.ByteBuffer;
-import java.nio.ByteOrder;
-import java.nio.file.Files;
-import java.nio.file.Paths;
-import mirelo.app.VorbisSong;
 import mirelo.app.win32.AudioManagerWin32;
-import mirelo.app.win32.ClipSoundContextWin32;
+import mirelo.app.win32.MDJSoundContextWin32;
 
-/** The song the build synthesises, decoded whole and looped quietly under the clicks. */
+/**
+ * The songs the build synthesises, on the music mixer: the first plays from the start, and each
+ * {@link #change} brings the other one in on the beat. A run nobody hears keeps what the mixer
+ * played as a WAV file.
+ */
 final class BackgroundSong {
-  private ClipSoundContextWin32 clip;
-  private ClipSoundContextWin32.Sound sound;
+  private MDJSoundContextWin32 music;
+  private final String[] songs;
+  private int current;
+  private long lastChange;
   final String description;
 
-  private BackgroundSong(String description) {
+  private BackgroundSong(MDJSoundContextWin32 music, String[] songs, String description) {
+    this.music = music;
+    this.songs = songs;
     this.description = description;
   }
 
-  static BackgroundSong start(String path, AudioManagerWin32 audio) {
-    if (path == null || audio == null) return new BackgroundSong("no song");
-    byte[] file;
-    try {
-      file = Files.readAllBytes(Paths.get(path));
-    } catch (IOException e) {
-      return new BackgroundSong("no song at " + path);
-    }
-    VorbisSong song = new VorbisSong();
-    long handle = song.n_init(file);
-    if (handle == 0) return new BackgroundSong(path + " is no Ogg Vorbis stream");
-    ByteBuffer pcm = ByteBuffer.allocateDirect(song.frames * song.channel * 2)
-                         .order(ByteOrder.LITTLE_ENDIAN);
-    song.n_decode(handle, 0, song.frames, 0.5f, pcm);
-    song.n_dispose(handle);
-    BackgroundSong s = new BackgroundSong(String.format("song %s: %d frames at %.0f Hz, %d channels",
-        Paths.get(path).getFileName(), song.frames, song.freq, song.channel));
-    s.clip = new ClipSoundContextWin32(song.freq, 16, song.channel, pcm, 0, 1);
-    s.sound = s.clip.createSound(0.6f, 0.5f, 1.0f, 1, 100);
-    s.sound.play(true);
-    return s;
+  /** Plays the song at path; the second song is demo2.ogg beside it. Captures for a WAV if asked. */
+  static BackgroundSong start(String path, AudioManagerWin32 audio, boolean capture) {
+    if (path == null || audio == null) return new BackgroundSong(null, null, "no song");
+    File first = new File(path);
+    if (!first.isFile()) return new BackgroundSong(null, null, "no song at " + path);
+    File second = new File(first.getParentFile(), "demo2.ogg");
+    MDJSoundContextWin32 music = new MDJSoundContextWin32();
+    if (!music.isOpen()) return new BackgroundSong(null, null, "the music mixer could not start");
+    if (capture) MusicCapture.start(music, 44100 * 120);
+    music.setSongFile(first.getPath());
+    music.play(true);
+    return new BackgroundSong(music, new String[] {first.getPath(), second.getPath()},
+        "song " + first.getName() + " on the music mixer; a key brings in " + second.getName()
+            + " on the beat");
   }
 
   boolean playing() {
-    return sound != null && sound.playing() >= 0;
+    return music != null;
   }
 
-  void stop() {
-    if (sound == null) return;
-    sound.stop();
-    sound.dispose();
-    clip.dispose();
-    sound = null;
+  /** Names the other song and asks for a beat-locked change to it. */
+  String change() {
+    if (music == null) return "no music";
+    // A change waits up to two seconds for its beat and then takes eight.
+    long now = System.currentTimeMillis();
+    if (now - lastChange < 10000) return "a change is under way";
+    lastChange = now;
+    current ^= 1;
+    music.setSongFile(songs[current]);
+    music.setTrick(MDJSoundContextWin32.TRICK_BEAT_SYNC);
+    return "changing to " + new File(songs[current]).getName() + " on the beat";
+  }
+
+  /** Stops the music; with a folder, first writes what the mixer played there as music.wav. */
+  void stop(String wavFolder) {
+    if (music == null) return;
+    short[] played = MusicCapture.stop(music);
+    if (wavFolder != null && played != null) {
+      File wav = new File(wavFolder, "music.wav");
+      try {
+        MusicCapture.writeWav(wav.getPath(), played);
+        System.out.printf("         wrote %s (%.1f s of music)%n", wav, played.length / 2 / 44100.0);
+      } catch (IOException e) {
+        System.out.println("         could not write " + wav + ": " + e.getMessage());
+      }
+    }
+    music.dispose();
+    music = null;
   }
 }

@@ -4,6 +4,7 @@ import java.io.File;
 import mirelo.app.win32.AudioManagerWin32;
 import mirelo.app.win32.WinConsole;
 import mirelo.mwt.event.ApplicationEvent;
+import mirelo.mwt.event.KeyEvent;
 import mirelo.mwt.event.MouseEvent;
 
 /**
@@ -11,11 +12,11 @@ import mirelo.mwt.event.MouseEvent;
  * the window's events and prints them, draws a rotating quad scene with the build's movie playing
  * on a textured quad, writes a frame counter and the last events in a system font, and swaps. A
  * mouse press plays a click panned to where it happened, over the song the build synthesised,
- * and names the movie clip under the pointer. The first game controller's stick moves the quad
- * and its buttons play the click.
+ * and names the movie clip under the pointer; a key changes the song on the beat. The first game
+ * controller's stick moves the quad and its buttons play the click.
  *
  * <p>System properties: vostan.song and vostan.movie (the build's files), vostan.frames (a folder
- * that receives PNG pictures of a few frames).
+ * that receives PNG pictures of a few frames and a WAV of the music).
  */
 public final class Demo {
   private static final int WIDTH = 640;
@@ -75,9 +76,12 @@ public final class Demo {
           }
           // Sounds play only while the window is in front, so the song waits for activation.
           if (id == ApplicationEvent.ACTIVATED && song == null) {
-            song = BackgroundSong.start(System.getProperty("vostan.song"), audio);
+            song = BackgroundSong.start(System.getProperty("vostan.song"), audio, framesDir != null);
             System.out.println("         " + song.description + (song.playing() ? ", playing" : ""));
           }
+        }
+        if (e instanceof KeyEvent && ((KeyEvent) e).getID() == KeyEvent.KEY_PRESSED && song != null) {
+          System.out.println("         " + song.change());
         }
         if (e instanceof MouseEvent && ((MouseEvent) e).getID() == MouseEvent.MOUSE_PRESSED) {
           MouseEvent m = (MouseEvent) e;
@@ -116,7 +120,7 @@ public final class Demo {
     }
     System.out.println(frames + " frames, " + events + " events");
     WebPanel.report();
-    if (song != null) song.stop();
+    if (song != null) song.stop(framesDir);
     if (graphics) {
       WinConsole.n_free();
       WinConsole.n_disposeGraphics();
