@@ -22,6 +22,7 @@ struct MDJSoundContext::Wake {
   uint64_t signalled = 0;    // all signals given
   uint64_t handled = 0;      // signals whose work is done
   uint64_t quarters = 0;
+  bool started = false;  // the stream plays
   bool quit = false;
 
   void signal(int index) {
@@ -87,6 +88,9 @@ std::unique_ptr<MDJSoundContext> MDJSoundContext::start(snd::Device& device) {
     return nullptr;
   }
   context->thread = std::thread([c = context.get()] { c->threadMain(); });
+  // Back once the stream plays, so that the first wake-up can't be missed.
+  std::unique_lock<std::mutex> lock(wake->m);
+  wake->idle.wait(lock, [&] { return wake->started; });
   return context;
 }
 
@@ -208,6 +212,11 @@ void MDJSoundContext::threadMain() {
   }
   streamBuffer->setCurrentPosition(0);
   streamBuffer->play(true);
+  {
+    std::lock_guard<std::mutex> lock(wake->m);
+    wake->started = true;
+  }
+  wake->idle.notify_all();
 
   // The first notification comes as the cursor leaves a quarter of the
   // silence just written; there is nothing to catch up.

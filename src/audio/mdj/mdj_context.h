@@ -41,8 +41,8 @@ class MDJSoundContext {
   using Tap = std::function<void(const int16_t* stereo, int32_t frames)>;
 
   // Makes the stream buffer on `device` and starts the mixer thread, which
-  // plays silence until a song is asked for. Null when the buffer or its
-  // notifications can't be had.
+  // plays silence until a song is asked for; returns once the stream plays.
+  // Null when the buffer or its notifications can't be had.
   static std::unique_ptr<MDJSoundContext> start(platform::sound::Device& device);
   MDJSoundContext(const MDJSoundContext&) = delete;
   MDJSoundContext& operator=(const MDJSoundContext&) = delete;

@@ -199,9 +199,20 @@ class VoiceBase : public Buffer {
   };
 
   // The core's lock with the context bound to this thread.
+  // Binds the context for the call and gives a thread that had none back
+  // unbound: a writer's own thread (the music mixer's) then ends holding
+  // nothing of OpenAL's.
   struct Guard {
-    explicit Guard(VoiceBase& v) : lock(v.core_->mutex) { v.core_->bind(); }
+    explicit Guard(VoiceBase& v)
+        : lock(v.core_->mutex), context(v.core_->context), previous(alcGetThreadContext()) {
+      v.core_->bind();
+    }
+    ~Guard() {
+      if (previous != context) alcSetThreadContext(previous);
+    }
     std::lock_guard<std::recursive_mutex> lock;
+    ALCcontext* context;
+    ALCcontext* previous;
   };
 
   template <class F>
@@ -337,8 +348,7 @@ class StaticVoice final : public VoiceBase {
     apply3D();
   }
 
-  // The writer's thread never binds the OpenAL context: a writer of its own,
-  // such as a mixer thread, then holds nothing of OpenAL's when it ends.
+  // Plain memory: no OpenAL call, so no context to bind.
   Result lock(uint32_t offset, uint32_t bytes, void** p1, uint32_t* n1, void** p2,
               uint32_t* n2) override {
     std::lock_guard<std::recursive_mutex> g(core_->mutex);
@@ -544,8 +554,7 @@ class StreamVoice final : public VoiceBase {
     alDeleteBuffers(kStreamChunks, chunks_);
   }
 
-  // The writer's thread never binds the OpenAL context: a writer of its own,
-  // such as a mixer thread, then holds nothing of OpenAL's when it ends.
+  // Plain memory: no OpenAL call, so no context to bind.
   Result lock(uint32_t offset, uint32_t bytes, void** p1, uint32_t* n1, void** p2,
               uint32_t* n2) override {
     std::lock_guard<std::recursive_mutex> g(core_->mutex);
