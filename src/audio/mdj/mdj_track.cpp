@@ -4,6 +4,9 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace vostan {
 
@@ -203,21 +206,64 @@ int32_t MDJTrack::renderPart(float gain, float* const* out, int32_t frames) {
   int32_t p = readIndex;
   float a = fraction;
   float f = fraction;
-  for (int32_t i = 0; i < frames; ++i) {
-    const float* l = left + p - kCentreTap;
-    const float* r = right + p - kCentreTap;
-    float sumLeft = 0.0f, sumRight = 0.0f;
-    for (int32_t k = 0; k < kTaps; ++k) {
-      const float w = f * tapSlopes[k] + taps[k];
-      sumLeft = static_cast<float>(static_cast<double>(sumLeft) + double(l[k]) * double(w));
-      sumRight = static_cast<float>(static_cast<double>(sumRight) + double(r[k]) * double(w));
+  // Frames go in groups whose sums are independent, so that the rounding
+  // chain of one frame doesn't wait for the last; each frame's arithmetic
+  // and its order are those of a frame on its own.
+  constexpr int32_t kGroup = 4;
+  for (int32_t i = 0; i < frames; i += kGroup) {
+    const int32_t n = std::min(kGroup, frames - i);
+    int32_t at[kGroup];
+    float weight[kGroup][kTaps];
+    for (int32_t j = 0; j < kGroup; ++j) {
+      at[j] = p - kCentreTap;
+      for (int32_t k = 0; k < kTaps; ++k) weight[j][k] = f * tapSlopes[k] + taps[k];
+      if (j < n) {
+        a += ratio;
+        const float m = std::floor(a);
+        f = a - m;
+        p = readIndex + static_cast<int32_t>(m);
+      }
     }
-    out[0][i] = sumLeft * gain;
-    out[1][i] = sumRight * gain;
-    a += ratio;
-    const float m = std::floor(a);
-    f = a - m;
-    p = readIndex + static_cast<int32_t>(m);
+#ifdef __SSE2__
+    // Left and right side by side: one double multiply-add and one rounding
+    // to float serve both channels.
+    // Four named sums, so that they stay in registers.
+    static_assert(kGroup == 4);
+    __m128 s0 = _mm_setzero_ps(), s1 = s0, s2 = s0, s3 = s0;
+    auto step = [&](__m128 sum, int32_t j, int32_t k) {
+      const __m128 x =
+          _mm_unpacklo_ps(_mm_load_ss(left + at[j] + k), _mm_load_ss(right + at[j] + k));
+      const __m128d product =
+          _mm_mul_pd(_mm_cvtps_pd(x), _mm_set1_pd(static_cast<double>(weight[j][k])));
+      return _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(sum), product));
+    };
+    for (int32_t k = 0; k < kTaps; ++k) {
+      s0 = step(s0, 0, k);
+      s1 = step(s1, 1, k);
+      s2 = step(s2, 2, k);
+      s3 = step(s3, 3, k);
+    }
+    const __m128 sum[kGroup] = {s0, s1, s2, s3};
+    for (int32_t j = 0; j < n; ++j) {
+      alignas(16) float lr[4];
+      _mm_store_ps(lr, sum[j]);
+      out[0][i + j] = lr[0] * gain;
+      out[1][i + j] = lr[1] * gain;
+    }
+#else
+    float sumLeft[kGroup] = {}, sumRight[kGroup] = {};
+    for (int32_t k = 0; k < kTaps; ++k) {
+      for (int32_t j = 0; j < kGroup; ++j) {
+        const double w = weight[j][k];
+        sumLeft[j] = static_cast<float>(double(sumLeft[j]) + double(left[at[j] + k]) * w);
+        sumRight[j] = static_cast<float>(double(sumRight[j]) + double(right[at[j] + k]) * w);
+      }
+    }
+    for (int32_t j = 0; j < n; ++j) {
+      out[0][i + j] = sumLeft[j] * gain;
+      out[1][i + j] = sumRight[j] * gain;
+    }
+#endif
   }
   readIndex = p;
   fraction = f;
