@@ -39,6 +39,11 @@ final class BackgroundSong {
             + " on the beat");
   }
 
+  /** Whether a change was ever asked for. */
+  boolean changed() {
+    return lastChange != 0;
+  }
+
   boolean playing() {
     return music != null;
   }
