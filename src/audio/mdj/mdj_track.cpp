@@ -44,17 +44,7 @@ bool MDJTrack::prefill() {
   endMark = -1;
   fraction = 0;
   for (int c = 0; c < 2; ++c) std::fill_n(storage[c].get(), kHistoryFrames, 0.0f);
-  int32_t fill = 0;
-  while (fill < kWindowFrames) {
-    float* at[2] = {window[0] + fill, window[1] + fill};
-    int32_t got = song->readFrames(at, kWindowFrames - fill);
-    if (got < 1) {
-      endMark = fill;
-      for (int c = 0; c < 2; ++c) std::fill(window[c] + fill, window[c] + kWindowFrames, 0.0f);
-      break;
-    }
-    fill += got;
-  }
+  fillWindow(0);
   playing = true;
   return true;
 }
@@ -280,11 +270,15 @@ void MDJTrack::refill() {
                  sizeof(float) * (rest + kHistoryFrames));
   }
   readIndex = 0;
-  int32_t fill = rest;
+  fillWindow(rest);
+}
+
+void MDJTrack::fillWindow(int32_t fill) {
   while (fill < kWindowFrames) {
     float* at[2] = {window[0] + fill, window[1] + fill};
     int32_t got = song->readFrames(at, kWindowFrames - fill);
     if (got < 1) {
+      // A song that yields nothing more: silence to the window's end.
       endMark = fill;
       for (int c = 0; c < 2; ++c) std::fill(window[c] + fill, window[c] + kWindowFrames, 0.0f);
       return;

@@ -107,6 +107,8 @@ class MDJTrack {
   int32_t safeFrames() const;
   int32_t renderPart(float gain, float* const* out, int32_t frames);
   void refill();
+  // Decodes from window frame `fill` to the window's end.
+  void fillWindow(int32_t fill);
 
   std::unique_ptr<float[]> storage[2];
 };

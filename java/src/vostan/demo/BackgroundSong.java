@@ -23,7 +23,7 @@ final class BackgroundSong {
     this.description = description;
   }
 
-  /** Plays the song at path; the second song is demo2.ogg beside it. Captures for a WAV if asked. */
+  /** Plays the song at path; the second song is demo2.ogg beside it. Captures if asked. */
   static BackgroundSong start(String path, AudioManagerWin32 audio, boolean capture) {
     if (path == null || audio == null) return new BackgroundSong(null, null, "no song");
     File first = new File(path);
@@ -69,7 +69,8 @@ final class BackgroundSong {
       File wav = new File(wavFolder, "music.wav");
       try {
         MusicCapture.writeWav(wav.getPath(), played);
-        System.out.printf("         wrote %s (%.1f s of music)%n", wav, played.length / 2 / 44100.0);
+        double seconds = played.length / 2 / 44100.0;
+        System.out.printf("         wrote %s (%.1f s of music)%n", wav, seconds);
       } catch (IOException e) {
         System.out.println("         could not write " + wav + ": " + e.getMessage());
       }

@@ -76,11 +76,13 @@ public final class Demo {
           }
           // Sounds play only while the window is in front, so the song waits for activation.
           if (id == ApplicationEvent.ACTIVATED && song == null) {
-            song = BackgroundSong.start(System.getProperty("vostan.song"), audio, framesDir != null);
+            song = BackgroundSong.start(
+                System.getProperty("vostan.song"), audio, framesDir != null);
             System.out.println("         " + song.description + (song.playing() ? ", playing" : ""));
           }
         }
-        if (e instanceof KeyEvent && ((KeyEvent) e).getID() == KeyEvent.KEY_PRESSED && song != null) {
+        if (song != null && e instanceof KeyEvent
+            && ((KeyEvent) e).getID() == KeyEvent.KEY_PRESSED) {
           System.out.println("         " + song.change());
         }
         if (e instanceof MouseEvent && ((MouseEvent) e).getID() == MouseEvent.MOUSE_PRESSED) {

@@ -8,8 +8,9 @@ import java.nio.ByteOrder;
 import mirelo.app.win32.MDJSoundContextWin32;
 
 /**
- * A copy of what a music context writes to the sound device: 16-bit stereo at 44100 Hz, from the
- * quarter mixed after {@link #start} on. For runs nobody listens to, and tests that compare samples.
+ * A copy of what a music context writes to the sound device: 16-bit stereo at 44100 Hz, from
+ * the quarter mixed after {@link #start} on. For runs nobody listens to, and tests that compare
+ * samples.
  */
 public final class MusicCapture {
   static {
