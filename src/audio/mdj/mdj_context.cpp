@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 namespace vostan {
 
@@ -132,6 +133,7 @@ void MDJSoundContext::releaseSongs() {
 }
 
 bool MDJSoundContext::postEvent(std::unique_ptr<MDJEvent> event) {
+  if (!running()) return false;
   {
     std::lock_guard<std::mutex> lock(eventLock);
     // A thread that can't keep up with a thousand commands is stuck opening
@@ -178,7 +180,12 @@ void MDJSoundContext::handleEvent(MDJEvent& event) {
     // Opening may take long; no lock is held meanwhile.
     auto* song = new MDJSong;
     if (!song->openFile(event.path.get())) {
-      printf("music: song %s not opened: %s\n", event.path.get(), describeFailure(song->failure()));
+      // The song reports what it refused itself; a file it couldn't read is
+      // reported here.
+      const MDJSong::Failure why = song->failure();
+      if (why == MDJSong::Failure::cannotOpen || why == MDJSong::Failure::notVorbis) {
+        printf("music: song %s not opened: %s\n", event.path.get(), describeFailure(why));
+      }
       song->release();
       return;
     }
@@ -228,7 +235,14 @@ void MDJSoundContext::threadMain() {
     const int index = wake->wait(5, &taken);
     if (index < 0) return;
     if (index == Wake::kCommand) {
-      while (std::unique_ptr<MDJEvent> event = takeEvent()) handleEvent(*event);
+      while (std::unique_ptr<MDJEvent> event = takeEvent()) {
+        // Out of memory for a song loses that command, not the thread.
+        try {
+          handleEvent(*event);
+        } catch (const std::bad_alloc&) {
+          printf("music: no memory for command %d\n", event->kind);
+        }
+      }
       wake->done(taken, false);
       continue;
     }

@@ -49,13 +49,13 @@ class MDJSoundContext {
   virtual ~MDJSoundContext();
 
   // Ends the mixer thread and lets go of the stream buffer; no notification
-  // reaches the context afterwards. Commands are then taken and dropped.
-  // Idempotent; the destructor calls it.
+  // reaches the context afterwards, and commands are refused. Idempotent;
+  // the destructor calls it.
   void shutdown();
   bool running() const;
 
   // Opens `path` on the mixer thread as the song that the next trick uses.
-  // False when the command queue is full (the command is lost).
+  // False when the command queue is full or the thread has ended.
   bool postSong(const char* path);
   bool postTrick(int32_t trick);
 
