@@ -2,6 +2,7 @@
 // cursor a quarter at a time and reads back what the thread wrote.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <fstream>
@@ -192,6 +193,41 @@ TEST(MDJContext, ShutdownWhilePlayingLeavesNoThreadAndNoCallback) {
   EXPECT_FALSE(p.context->postTrick(kTrickStop));
   p.context->shutdown();
   EXPECT_FALSE(p.context->waitIdle(10ms));
+}
+
+// The device's thread, the Java thread and the mixer thread all at once:
+// meant for the thread sanitizer.
+TEST(MDJContext, CommandsStreamAndWakeUpsFromOtherThreadsAtOnce) {
+  Player p;
+  ASSERT_TRUE(p.context);
+  std::atomic<bool> done{false};
+  std::thread device([&] {
+    while (!done) {
+      p.stream->advance(MDJSoundContext::kQuarterBytes / 2);
+      std::this_thread::sleep_for(100us);
+    }
+  });
+  std::atomic<int> tapped{0};
+  p.context->setTap([&](const int16_t*, int32_t frames) { tapped += frames; });
+  std::vector<float> block(2 * 500, 0.01f);
+  const char* songs[] = {"beat_at_step.ogg", "beat_incoming.ogg", "plain.ogg"};
+  const int32_t tricks[] = {kTrickPlay, kTrickBeatSync, kTrickFadeShort, 12, kTrickStop};
+  for (int i = 0; i < 60; ++i) {
+    p.context->postSong(test::songPath(songs[i % 3]).c_str());
+    p.context->postTrick(tricks[i % 5]);
+    p.context->writeStream(block.data(), static_cast<int32_t>(block.size()));
+    const int32_t queued = p.context->streamSize();
+    EXPECT_TRUE(queued >= 0 && queued < MDJSoundContext::kRingFloats) << queued;
+    p.context->setVolume(0.3f + 0.001f * i);
+    std::this_thread::sleep_for(1ms);
+  }
+  EXPECT_GT(tapped.load(), 0);
+  p.context->inspect(
+      [](MDJMixer&, MDJControllerQueue& q) { EXPECT_LE(q.size(), MDJControllerQueue::kCapacity); });
+  done = true;
+  device.join();
+  p.context->shutdown();
+  EXPECT_FALSE(p.context->running());
 }
 
 TEST(MDJContext, StartFailsCleanlyWithoutAStreamOrItsNotifications) {
