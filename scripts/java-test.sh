@@ -12,5 +12,11 @@ if grep -qE 'WARNING in native method|FATAL ERROR in native method|JNI call made
   echo "java-test: JNI warnings in the output" >&2
   rc=1
 fi
+# The sound library complains at exit about a device left open or a thread
+# that still holds its context.
+if grep -qE 'device(s)? not closed|possible leak' "$out"; then
+  echo "java-test: the sound device was not shut down cleanly" >&2
+  rc=1
+fi
 rm -f "$out"
 exit "$rc"

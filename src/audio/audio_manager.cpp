@@ -1,6 +1,9 @@
 #include "audio/audio_manager.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <mutex>
 
 namespace vostan {
 
@@ -80,6 +83,57 @@ void describeResult(int32_t result) {
   std::fflush(stdout);
 }
 
+namespace {
+
+// Managers not yet shut down, for the exit handler.
+struct OpenManagers {
+  std::mutex mutex;
+  std::vector<AudioManager*> list;
+};
+OpenManagers& openManagers() {
+  static OpenManagers* managers = new OpenManagers;  // outlives every exit handler
+  return *managers;
+}
+
+void forget(AudioManager* audio) {
+  OpenManagers& m = openManagers();
+  std::lock_guard<std::mutex> lock(m.mutex);
+  m.list.erase(std::remove(m.list.begin(), m.list.end(), audio), m.list.end());
+}
+
+}  // namespace
+
+void shutdownAllAudio() {
+  for (;;) {
+    AudioManager* audio = nullptr;
+    {
+      OpenManagers& m = openManagers();
+      std::lock_guard<std::mutex> lock(m.mutex);
+      if (m.list.empty()) return;
+      audio = m.list.back();
+    }
+    audio->shutdown();
+  }
+}
+
+AudioManager::AudioManager() {
+  OpenManagers& m = openManagers();
+  std::lock_guard<std::mutex> lock(m.mutex);
+  m.list.push_back(this);
+}
+
+AudioManager::~AudioManager() {
+  shutdown();
+}
+
+void AudioManager::shutdown() {
+  if (closed) return;
+  closed = true;
+  forget(this);
+  stopDeviceUsers();
+  if (directSound) directSound->close();
+}
+
 std::unique_ptr<AudioManager> AudioManager::create(Opener open) {
   auto audio = std::make_unique<AudioManager>();
   snd::Result r = open(&audio->directSound);
@@ -88,6 +142,10 @@ std::unique_ptr<AudioManager> AudioManager::create(Opener open) {
     describeResult(r);
     return nullptr;
   }
+  // Registered after the sound library has started, so it runs before the
+  // library's own teardown: no thread of ours may still use it then.
+  static const bool atExit = std::atexit(shutdownAllAudio) == 0;
+  (void)atExit;
   snd::BufferDesc desc;
   desc.flags = snd::kPrimaryBuffer | snd::kCtrl3D | snd::kCtrlVolume;
   r = audio->directSound->createBuffer(desc, &audio->primaryBuffer);
@@ -107,10 +165,6 @@ std::unique_ptr<AudioManager> AudioManager::create(Opener open) {
   audio->listenerParameters = snd::ListenerParams{};
   audio->listener->getAllParameters(&audio->listenerParameters);
   return audio;
-}
-
-AudioManager::~AudioManager() {
-  stopDeviceUsers();
 }
 
 int32_t AudioManager::addDeviceUser(std::function<void()> stop) {

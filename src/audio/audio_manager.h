@@ -19,17 +19,26 @@ class AudioManager {
   // Opens the device with its primary buffer and listener. On failure prints
   // why and returns null.
   static std::unique_ptr<AudioManager> create(Opener open = platform::sound::openDefaultDevice);
-  // Stops the device's users first: no thread of ours runs into a closed
-  // device.
+  AudioManager();
+  // Shuts down: no thread of ours runs into a closed device.
   virtual ~AudioManager();
+  AudioManager(const AudioManager&) = delete;
+  AudioManager& operator=(const AudioManager&) = delete;
 
   // Whatever feeds the device from a thread of its own (the music mixer)
-  // registers how to stop; stopDeviceUsers runs all of them, and is the one
-  // place to call before the device closes. removeDeviceUser waits for a
-  // stop that is running.
+  // registers how to stop; stopDeviceUsers runs all of them. removeDeviceUser
+  // waits for a stop that is running.
   int32_t addDeviceUser(std::function<void()> stop);
   void removeDeviceUser(int32_t id);
   void stopDeviceUsers();
+
+  // The one place where sound ends: the device's users stop, so every thread
+  // that feeds the device has ended; then the device closes. The object
+  // stays, so contexts made on it keep a valid owner and their calls change
+  // nothing. Runs once; process exit runs it for every manager still open,
+  // before the sound library tears itself down.
+  void shutdown();
+  bool isClosed() const { return closed; }
 
   // Virtual so that the console calls it without linking the sound code.
   // Window 0 drops the window and keeps the device.
@@ -56,7 +65,11 @@ class AudioManager {
   std::mutex usersLock;
   std::map<int32_t, std::function<void()>> deviceUsers;
   int32_t nextUser = 1;
+  bool closed = false;
 };
+
+// Shuts every open manager down; process exit calls it.
+void shutdownAllAudio();
 
 // Prints the name of a device result on standard output.
 void describeResult(int32_t result);

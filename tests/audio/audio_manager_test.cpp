@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <string>
+#include <vector>
 
 #include "audio_fixture.h"
 #include "signal.h"
@@ -62,6 +65,56 @@ TEST_F(AudioManagerTest, ListenerVelocityIsTheMoveOverTheTimeBetweenCalls) {
   float back[9];
   audio->getListener(back);
   EXPECT_TRUE(std::equal(back, back + 9, at0));
+}
+
+// The library's own audio threads hook into shutdown; each must find the
+// device still playing when it is asked to stop, and none is asked twice.
+TEST_F(AudioManagerTest, ShutdownStopsTheDeviceUsersWhileTheyAreHeardThenClosesTheDevice) {
+  snd::BufferDesc desc;
+  desc.flags = snd::kCtrlVolume | snd::kCtrlPan;
+  desc.bytes = 4410 * 2;
+  desc.format = {1, 44100, 16};
+  std::unique_ptr<snd::Buffer> voice;
+  ASSERT_EQ(audio->directSound->createBuffer(desc, &voice), snd::err::kOk);
+  const std::vector<uint8_t> tone = vostan::test::sine16(440, 44100, 4410);
+  void *p1, *p2;
+  uint32_t n1, n2;
+  voice->lock(0, desc.bytes, &p1, &n1, &p2, &n2);
+  std::copy(tone.begin(), tone.end(), static_cast<uint8_t*>(p1));
+  voice->unlock(p1, n1, p2, n2);
+  ASSERT_EQ(voice->play(true), snd::err::kOk);
+
+  std::vector<std::string> order;
+  auto hear = [&] { return vostan::test::rms(vostan::test::render(*device, 4096).left); };
+  audio->addDeviceUser([&] { order.push_back(hear() > 0.05 ? "first, heard" : "first, silent"); });
+  audio->addDeviceUser(
+      [&] { order.push_back(hear() > 0.05 ? "second, heard" : "second, silent"); });
+  audio->shutdown();
+  EXPECT_EQ(order, (std::vector<std::string>{"first, heard", "second, heard"}));
+  EXPECT_TRUE(audio->isClosed());
+  EXPECT_EQ(vostan::test::rms(vostan::test::render(*device, 4096).left, 0), 0.0);
+  audio->shutdown();
+  EXPECT_EQ(order.size(), 2u);
+  // The manager stays usable by what was made on it.
+  EXPECT_GE(audio->setListener(std::array<float, 9>{0, 0, 0, 0, 0, 1, 0, 1, 0}.data()), 0);
+  voice.reset();
+}
+
+// Process exit closes every manager still open, before the sound library's
+// own teardown; a manager already shut down is left alone.
+TEST(AudioManagerExit, ShutsDownEveryOpenManagerOnce) {
+  vostan::test::nextDevice() = snd::openLoopbackDevice();
+  auto first = AudioManager::create(vostan::test::openNextDevice);
+  vostan::test::nextDevice() = snd::openLoopbackDevice();
+  auto second = AudioManager::create(vostan::test::openNextDevice);
+  ASSERT_TRUE(first && second);
+  int stops = 0;
+  first->addDeviceUser([&] { ++stops; });
+  second->addDeviceUser([&] { stops += 10; });
+  second->shutdown();
+  vostan::shutdownAllAudio();
+  EXPECT_EQ(stops, 11);
+  EXPECT_TRUE(first->isClosed());
 }
 
 }  // namespace

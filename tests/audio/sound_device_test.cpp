@@ -1,4 +1,7 @@
 // The OpenAL device, heard through the loopback device.
+#define AL_ALEXT_PROTOTYPES
+#include <AL/alc.h>
+#include <AL/alext.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -278,6 +281,61 @@ TEST(DefaultSoundDevice, PlaysAndNotifiesInRealTime) {
   EXPECT_GE(fired.load(), 3);
   EXPECT_LE(fired.load(), 7);
   stream->stop();
+}
+
+// A thread that called the device holds no OpenAL context afterwards: one
+// left bound makes OpenAL complain, or worse, when the thread ends.
+TEST_F(SoundDeviceTest, CallsLeaveNoContextOnTheCallingThread) {
+  auto b = buffer(sine16(440, 44100, 4410), kPanned);
+  b->play(true);
+  b->setVolume(-600);
+  std::unique_ptr<snd::Buffer> dup;
+  device->duplicateBuffer(*b, &dup);
+  EXPECT_EQ(alcGetThreadContext(), nullptr);
+  std::thread other([&] {
+    dup->play(false);
+    uint32_t status = 0;
+    dup->getStatus(&status);
+    EXPECT_EQ(alcGetThreadContext(), nullptr);
+  });
+  other.join();
+  render(*device, 256);
+  EXPECT_EQ(alcGetThreadContext(), nullptr);
+}
+
+TEST_F(SoundDeviceTest, ClosingSilencesEveryVoiceAndLaterCallsChangeNothing) {
+  auto looped = buffer(sine16(440, 44100, 4410), kPanned);
+  auto spatial = buffer(sine16(660, 44100, 4410), k3D);
+  snd::BufferDesc ring;
+  ring.flags = snd::kCtrlPositionNotify | snd::kCtrlVolume;
+  ring.bytes = 16384;
+  std::unique_ptr<snd::Buffer> stream;
+  ASSERT_EQ(device->createBuffer(ring, &stream), snd::err::kOk);
+  write(*stream, 0, sine16(220, 44100, 4096));
+  ASSERT_EQ(looped->play(true), snd::err::kOk);
+  ASSERT_EQ(stream->play(true), snd::err::kOk);
+  ASSERT_GT(rms(settled().left), 0.05);
+
+  device->close();
+  EXPECT_EQ(rms(render(*device, 4096).left, 0), 0.0);
+  // Voices that outlive the device answer without sound and without harm.
+  EXPECT_TRUE(snd::failed(looped->play(true)));
+  EXPECT_EQ(looped->setVolume(-100), snd::err::kOk);
+  spatial->setPosition({1, 2, 3}, snd::Apply::Immediate);
+  uint32_t status = 0;
+  looped->getStatus(&status);
+  EXPECT_EQ(status & snd::kStatusPlaying, 0u);
+  std::unique_ptr<snd::Buffer> late;
+  snd::BufferDesc desc;
+  desc.flags = kPanned;
+  desc.bytes = 64;
+  EXPECT_EQ(device->createBuffer(desc, &late), snd::err::kNoDriver);
+  EXPECT_EQ(device->duplicateBuffer(*looped, &late), snd::err::kNoDriver);
+  EXPECT_EQ(alcGetThreadContext(), nullptr);
+  device->close();  // twice is harmless
+  looped.reset();
+  spatial.reset();
+  stream.reset();
 }
 
 }  // namespace

@@ -81,6 +81,24 @@ public final class ClipSoundEndToEnd {
     s.dispose();
     clip.dispose();
     spatial.dispose();
+    // Closing ends sound: a context still held goes quiet and stays callable,
+    // and the device opens again.
+    ClipSoundContextWin32 held =
+        new ClipSoundContextWin32(22050, 16, 1, tone(22050, 0.2), ClipSoundContextWin32.MODE_STEREO, 1);
+    ClipSoundContextWin32.Sound h = held.createSound(1, 0.5f, 1, 1, 100);
+    check(h.play(true), "plays before the close");
+    audio.close();
+    audio.close();
+    h.play(true);
+    h.setVolume(0.5f);
+    h.stop();
+    h.dispose();
+    held.dispose();
+    check(audio.init(), "the device opens again after a close");
+    ClipSoundContextWin32 again =
+        new ClipSoundContextWin32(22050, 16, 1, tone(22050, 0.2), ClipSoundContextWin32.MODE_STEREO, 1);
+    // Left playing on purpose: the process's exit must close the device itself.
+    check(again.createSound(1, 0.5f, 1, 1, 100).play(true), "a clip plays on the new device");
     System.out.println("clip sounds: ok");
   }
 }

@@ -43,6 +43,12 @@ AUDIO(jboolean, initNative)(JNIEnv*, jobject) {
   return JNI_TRUE;
 }
 
+// Ends sound for the process: the library's audio threads stop and the device
+// closes. Sounds still held go silent; their calls change nothing.
+AUDIO(void, closeNative)(JNIEnv*, jobject) {
+  if (AudioManager* audio = consoleAudio()) audio->shutdown();
+}
+
 AUDIO(jint, commitNative)(JNIEnv*, jobject) {
   return consoleAudio()->commit();
 }

@@ -77,21 +77,29 @@ struct Core {
   std::thread thread;
   std::atomic<bool> quit{false};
 
-  ~Core() {
-    quit = true;
-    if (thread.joinable()) thread.join();
-    if (context) {
-      if (alcGetThreadContext() == context) alcSetThreadContext(nullptr);
-      if (alcGetCurrentContext() == context) alcMakeContextCurrent(nullptr);
-      alcDestroyContext(context);
+  ~Core() { close(); }
+
+  // The context made current on this thread for one scope, and what was there
+  // put back: a thread must not end holding a context. A closed core binds
+  // none, so late calls on its voices do nothing.
+  struct Bind {
+    explicit Bind(Core& c) : previous(alcGetThreadContext()), current(c.context) {
+      if (previous != current) alcSetThreadContext(current);
     }
-    if (device) alcCloseDevice(device);
-  }
+    ~Bind() {
+      if (previous != current) alcSetThreadContext(previous);
+    }
+    Bind(const Bind&) = delete;
+    Bind& operator=(const Bind&) = delete;
+    ALCcontext* previous;
+    ALCcontext* current;
+  };
 
-  void bind() {
-    if (alcGetThreadContext() != context) alcSetThreadContext(context);
+  void stopThread() {
+    quit = true;
+    if (thread.joinable() && thread.get_id() != std::this_thread::get_id()) thread.join();
   }
-
+  void close();
   void applyListener();
   void service();
   void renderSteps(float* out, uint32_t frames);
@@ -190,6 +198,8 @@ class VoiceBase : public Buffer {
   virtual void apply3D() {}
   virtual void service(Fired&) {}
   virtual void lose() {}
+  // Gives the OpenAL objects back before the context goes.
+  virtual void release() {}
 
  protected:
   struct Params3D {
@@ -198,21 +208,12 @@ class VoiceBase : public Buffer {
     float maxDistance = 1e9f;
   };
 
-  // The core's lock with the context bound to this thread.
-  // Binds the context for the call and gives a thread that had none back
-  // unbound: a writer's own thread (the music mixer's) then ends holding
-  // nothing of OpenAL's.
+  // The core's lock with the context bound to this thread for the call: a
+  // writer's own thread (the music mixer's) ends holding nothing of OpenAL's.
   struct Guard {
-    explicit Guard(VoiceBase& v)
-        : lock(v.core_->mutex), context(v.core_->context), previous(alcGetThreadContext()) {
-      v.core_->bind();
-    }
-    ~Guard() {
-      if (previous != context) alcSetThreadContext(previous);
-    }
+    explicit Guard(VoiceBase& v) : lock(v.core_->mutex), bound(*v.core_) {}
     std::lock_guard<std::recursive_mutex> lock;
-    ALCcontext* context;
-    ALCcontext* previous;
+    Core::Bind bound;
   };
 
   template <class F>
@@ -292,12 +293,16 @@ struct SampleData {
 
   SampleData(std::shared_ptr<Core> c, const WaveFormat& f, bool m, uint32_t size)
       : core(std::move(c)), format(f), mono(m), bytes(size, f.bits == 8 ? 0x80 : 0) {
-    core->bind();
+    Core::Bind bound(*core);
     alGenBuffers(mono ? 1 : 2, al);
   }
   ~SampleData() {
-    core->bind();
-    alDeleteBuffers(mono ? 1 : 2, al);
+    Core::Bind bound(*core);
+    release();
+  }
+  void release() {
+    if (al[0] != 0) alDeleteBuffers(mono ? 1 : 2, al);
+    al[0] = al[1] = 0;
   }
   uint32_t frames() const { return static_cast<uint32_t>(bytes.size()) / format.blockAlign(); }
   void upload();
@@ -441,6 +446,12 @@ class StaticVoice final : public VoiceBase {
     alSourcef(s, AL_MAX_DISTANCE, heard3D_.maxDistance);
     alSourcef(s, AL_ROLLOFF_FACTOR, core_->listener.rolloffFactor);
     applyGains();
+  }
+  void release() override {
+    alSourceStopv(count_, sources_);
+    alDeleteSources(count_, sources_);
+    count_ = 0;
+    data_->release();
   }
   void lose() override {
     if (data_->lost) return;
@@ -621,6 +632,16 @@ class StreamVoice final : public VoiceBase {
     return err::kOk;
   }
   void applyPitch() override { alSourcef(source_, AL_PITCH, pitch()); }
+  void release() override {
+    playing_ = false;
+    if (source_ == 0) return;
+    alSourceStop(source_);
+    alSourcei(source_, AL_BUFFER, 0);
+    alDeleteSources(1, &source_);
+    alDeleteBuffers(kStreamChunks, chunks_);
+    source_ = 0;
+    free_.clear();
+  }
 
   void service(Fired& fired) override {
     if (!playing_) return;
@@ -715,18 +736,39 @@ void Core::service() {
   Fired fired;
   {
     std::lock_guard<std::recursive_mutex> lock(mutex);
-    bind();
+    Bind bound(*this);
     for (VoiceBase* v : voices) v->service(fired);
   }
   for (auto& f : fired)
     if (f.first) f.first(f.second);
 }
 
+// Stops the feeder, gives back every voice's sources and buffers, and closes
+// the device. Voices that outlive it find no context and do nothing.
+void Core::close() {
+  stopThread();
+  std::lock_guard<std::recursive_mutex> lock(mutex);
+  if (context) {
+    {
+      Bind bound(*this);
+      for (VoiceBase* v : voices) v->release();
+    }
+    if (alcGetCurrentContext() == context) alcMakeContextCurrent(nullptr);
+    alcDestroyContext(context);
+    context = nullptr;
+  }
+  if (device) alcCloseDevice(device);
+  device = nullptr;
+}
+
 void Core::renderSteps(float* out, uint32_t frames) {
   while (frames > 0) {
     service();
     const uint32_t n = std::min(frames, kRenderStep);
-    alcRenderSamplesSOFT(device, out, static_cast<ALCsizei>(n));
+    if (device)
+      alcRenderSamplesSOFT(device, out, static_cast<ALCsizei>(n));
+    else
+      std::fill(out, out + 2 * n, 0.0f);
     rendered += n;
     out += 2 * n;
     frames -= n;
@@ -752,7 +794,6 @@ void Core::runThread() {
     if (due > rendered + kOutputRate) rendered = due - kOutputRate / 10;
     while (rendered + kRenderStep <= due && !quit) renderSteps(sink.data(), kRenderStep);
   }
-  if (alcGetThreadContext() == context) alcSetThreadContext(nullptr);
 }
 
 class ListenerImpl final : public Listener {
@@ -770,14 +811,14 @@ class ListenerImpl final : public Listener {
       core_.listenerDirty = true;
       return err::kOk;
     }
-    core_.bind();
+    Core::Bind bound(core_);
     core_.listener = p;
     core_.applyListener();
     return err::kOk;
   }
   Result commitDeferredSettings() override {
     std::lock_guard<std::recursive_mutex> lock(core_.mutex);
-    core_.bind();
+    Core::Bind bound(core_);
     alDeferUpdatesSOFT();
     if (core_.listenerDirty) {
       core_.listenerDirty = false;
@@ -799,16 +840,15 @@ class OpenAlDevice final : public LoopbackDevice {
  public:
   explicit OpenAlDevice(std::shared_ptr<Core> core) : core_(std::move(core)), listener_(*core_) {
     std::lock_guard<std::recursive_mutex> lock(core_->mutex);
-    core_->bind();
+    Core::Bind bound(*core_);
     alDistanceModel(AL_INVERSE_DISTANCE_CLAMPED);
     core_->applyListener();
     if (core_->kind != Core::Kind::Loopback)
       core_->thread = std::thread([c = core_.get()] { c->runThread(); });
   }
-  ~OpenAlDevice() override {
-    core_->quit = true;
-    if (core_->thread.joinable()) core_->thread.join();
-  }
+  ~OpenAlDevice() override { core_->stopThread(); }
+
+  void close() override { core_->close(); }
 
   Result setCooperativeLevel(uint32_t window, uint32_t level) override {
     if (window == 0 || level < 1 || level > 3) return err::kInvalidParam;
@@ -820,6 +860,7 @@ class OpenAlDevice final : public LoopbackDevice {
 
   Result createBuffer(const BufferDesc& desc, std::unique_ptr<Buffer>* out) override {
     if (failed(core_->faults.createBuffer)) return core_->faults.createBuffer;
+    if (!core_->context) return err::kNoDriver;
     if (desc.flags & kPrimaryBuffer) {
       if (desc.bytes != 0) return err::kInvalidParam;
       *out = std::make_unique<PrimaryBuffer>(core_, desc);
@@ -832,7 +873,7 @@ class OpenAlDevice final : public LoopbackDevice {
     if (desc.bytes < 4 || desc.bytes > 0x0FFFFFFF) return err::kInvalidParam;
     if ((desc.flags & kCtrl3D) && (desc.flags & kCtrlPan)) return err::kInvalidParam;
     std::lock_guard<std::recursive_mutex> lock(core_->mutex);
-    core_->bind();
+    Core::Bind bound(*core_);
     if (desc.flags & kCtrlPositionNotify) {
       *out = std::make_unique<StreamVoice>(core_, desc);
     } else {
@@ -845,6 +886,7 @@ class OpenAlDevice final : public LoopbackDevice {
 
   Result duplicateBuffer(Buffer& original, std::unique_ptr<Buffer>* out) override {
     if (failed(core_->faults.duplicateBuffer)) return core_->faults.duplicateBuffer;
+    if (!core_->context) return err::kNoDriver;
     auto* o = dynamic_cast<StaticVoice*>(&original);
     if (!o) return err::kInvalidCall;
     BufferDesc desc;
@@ -877,7 +919,7 @@ class OpenAlDevice final : public LoopbackDevice {
   uint64_t renderedFrames() const override { return core_->rendered; }
   void loseBuffers() override {
     std::lock_guard<std::recursive_mutex> lock(core_->mutex);
-    core_->bind();
+    Core::Bind bound(*core_);
     for (VoiceBase* v : core_->voices) v->lose();
   }
   Faults& faults() override { return core_->faults; }

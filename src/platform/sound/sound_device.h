@@ -162,6 +162,11 @@ class Device {
 
   // Milliseconds of a clock that runs with the device's output.
   virtual uint32_t timeMillis() = 0;
+
+  // Stops the device's own threads and gives the output back. Buffers that
+  // still exist go silent and their calls change nothing. A device without
+  // threads or a system resource has nothing to do here.
+  virtual void close() {}
 };
 
 // The default output device. When no output exists this is a device that

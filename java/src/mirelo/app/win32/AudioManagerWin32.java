@@ -52,7 +52,20 @@ public class AudioManagerWin32 {
     return getSpeakerNative();
   }
 
+  /**
+   * Closes the sound device: the library's audio threads stop and the output
+   * is given back. Dispose clip sound and music contexts first; any still held
+   * go silent and their calls change nothing. The process does this by itself
+   * at exit; a game calls it to release the device earlier. A later
+   * {@link #init} opens the device anew.
+   */
+  public void close() {
+    closeNative();
+  }
+
   native boolean initNative();
+
+  native void closeNative();
 
   native int commitNative();
 
