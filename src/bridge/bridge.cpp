@@ -57,6 +57,42 @@ char16_t* getWideString(JNIEnv* env, jstring s) {
   return buffer;
 }
 
+std::string systemProperty(JNIEnv* env, const char* name) {
+  static jclass system = nullptr;
+  static jmethodID getProperty = nullptr;
+  if (!getProperty) {
+    jclass local = env->FindClass("java/lang/System");
+    if (local) {
+      getProperty =
+          env->GetStaticMethodID(local, "getProperty", "(Ljava/lang/String;)Ljava/lang/String;");
+      if (getProperty) system = static_cast<jclass>(env->NewGlobalRef(local));
+      env->DeleteLocalRef(local);
+    }
+    if (!system) getProperty = nullptr;
+  }
+  std::string value;
+  if (getProperty) {
+    jstring key = env->NewStringUTF(name);
+    auto result =
+        key ? static_cast<jstring>(env->CallStaticObjectMethod(system, getProperty, key)) : nullptr;
+    // A security manager may refuse; the property then counts as unset.
+    if (env->ExceptionCheck()) {
+      env->ExceptionClear();
+      result = nullptr;
+    }
+    if (result) {
+      if (const char* utf = env->GetStringUTFChars(result, nullptr)) {
+        value = utf;
+        env->ReleaseStringUTFChars(result, utf);
+      }
+      env->DeleteLocalRef(result);
+    }
+    if (key) env->DeleteLocalRef(key);
+  }
+  if (env->ExceptionCheck()) env->ExceptionClear();
+  return value;
+}
+
 void throwNew(JNIEnv* env, const char* className, const char* message) {
   // A class that is not found leaves FindClass's own exception pending.
   if (jclass cls = env->FindClass(className)) env->ThrowNew(cls, message);

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace vostan {
 
@@ -23,6 +24,10 @@ jstring newStringFromMultiByte(JNIEnv* env, const char* bytes, std::size_t lengt
 char16_t* getWideString(JNIEnv* env, jstring s);
 // A new Java string from a path in the system code page.
 jstring newStringFromPath(JNIEnv* env, const char* path);
+
+// The Java system property `name`, or "" when it is unset or cannot be read.
+// Makes JNI calls: not between the two critical array calls.
+std::string systemProperty(JNIEnv* env, const char* name);
 
 void throwNew(JNIEnv* env, const char* className, const char* message);
 void throwInternalError(JNIEnv* env, const char* message);

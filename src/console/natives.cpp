@@ -1,12 +1,15 @@
 // The natives of mirelo.app.win32.WinConsole. All are static and act on theConsole.
 #include <jni.h>
 
+#include <string>
+
 #include "bridge/bridge.h"
 #include "console/java_events.h"
 #include "console/keyboard.h"
 #include "console/win_console.h"
 #include "controller/scan_natives.h"
 #include "graphics/d3d_graphics.h"
+#include "platform/codepage.h"
 #include "platform/low_memory.h"
 #include "platform/win32_defs.h"
 
@@ -131,7 +134,19 @@ NATIVE(jint, n_1init)(JNIEnv*, jclass) {
 
 NATIVE(jboolean, n_1createWindow)(JNIEnv* env, jclass, jstring title, jint w, jint h, jint frame) {
   char* text = vostan::getMultiByteString(env, title);
-  const bool ok = theConsole->createWindow(text, w, h, frame);
+  // The desktop gets the title from the Java string itself: the text code
+  // page may lack its characters.
+  std::string shown;
+  if (title) {
+    const jsize length = env->GetStringLength(title);
+    const jchar* chars = env->GetStringChars(title, nullptr);
+    if (chars) {
+      shown = vostan::platform::wideToUtf8(reinterpret_cast<const char16_t*>(chars),
+                                           static_cast<std::size_t>(length));
+      env->ReleaseStringChars(title, chars);
+    }
+  }
+  const bool ok = theConsole->createWindow(text, w, h, frame, shown.c_str());
   delete[] text;
   return ok;
 }

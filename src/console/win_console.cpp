@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "audio/audio_manager.h"
 #include "bridge/bridge.h"
@@ -10,6 +11,7 @@
 #include "console/java_events.h"
 #include "console/keyboard.h"
 #include "graphics/d3d_graphics.h"
+#include "platform/codepage.h"
 #include "platform/low_memory.h"
 #include "platform/win32_defs.h"
 
@@ -64,7 +66,8 @@ WinConsole* initConsole() {
   return theConsole;
 }
 
-bool WinConsole::createWindow(const char* title, int width, int height, int frame) {
+bool WinConsole::createWindow(const char* title, int width, int height, int frame,
+                              const char* shownTitle) {
   auto& ws = windowSystem();
   const int previousKind = displayKind;
   destroyDisplay(false);
@@ -77,8 +80,10 @@ bool WinConsole::createWindow(const char* title, int width, int height, int fram
   style |= win::WS_CLIPCHILDREN;
   Rect outer{0, 0, width, height};
   if (!ws.adjustWindowRect(outer, style)) return false;
-  const WindowHandle w = ws.createWindow(0, "console_win", title, style, kUseDefault, kUseDefault,
-                                         outer.right - outer.left, outer.bottom - outer.top);
+  const std::string utf8 = shownTitle ? shownTitle : platform::codePageToUtf8(textCodePage, title);
+  const WindowHandle w =
+      ws.createWindow(0, "console_win", utf8.c_str(), style, kUseDefault, kUseDefault,
+                      outer.right - outer.left, outer.bottom - outer.top);
   std::free(consolePropertyName);
   const std::size_t nameSize = std::strlen(title) + 50;
   consolePropertyName = static_cast<char*>(std::malloc(nameSize));

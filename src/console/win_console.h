@@ -50,7 +50,10 @@ class WinConsole {
   void* dropTarget = nullptr;
 
   // Lifecycle
-  bool createWindow(const char* title, int width, int height, int frame);
+  // `title` is in the text code page and names the window's property; the
+  // desktop shows `shownTitle` (UTF-8), or `title` converted when it is null.
+  bool createWindow(const char* title, int width, int height, int frame,
+                    const char* shownTitle = nullptr);
   void createDisplay(int width, int height, int bits, int refresh);
   void destroyDisplay(bool resetMode);
   void updateClientRect();

@@ -127,3 +127,6 @@ void ddMemory_setTracking(bool on);
 // Frees every tracked allocation still alive. Anything pointing into them is
 // dead afterwards.
 void ddMemory_releaseTracked();
+// Ends the tracking of every allocation tracked so far: they belong to what
+// was built and are freed with it, not by ddMemory_releaseTracked.
+void ddMemory_keepTracked();

@@ -20,6 +20,23 @@ void bitmapDestroy(ddCharacter* character) {
   ddFree(character);
 }
 
+// The largest bitmap a movie may hold, as wide-spread players allow it.
+constexpr uint32_t kMaxSide = 8191;
+constexpr uint64_t kMaxPixels = 16777215;
+// zlib inflates one byte into at most 1032.
+constexpr uint64_t kMaxInflateRatio = 1032;
+
+// Whether `rest` bytes of the block can inflate into `needed` bytes of pixels
+// of a bitmap that size. A size the data can't back is a damaged or hostile
+// file; its bitmap is dropped, the rest of the movie plays.
+bool backed(const ddStream* s, uint32_t width, uint32_t height, uint64_t needed, int64_t rest) {
+  if (width > kMaxSide || height > kMaxSide || uint64_t(width) * height > kMaxPixels) return false;
+  uint64_t available = uint64_t(std::max<int64_t>(rest, 0));
+  if (s->ops == &ddStream_memoryOps)
+    available = std::min<uint64_t>(available, s->present > s->pos ? s->present - s->pos : 0);
+  return needed <= available * kMaxInflateRatio + 64;
+}
+
 ddColor opaque(uint32_t r, uint32_t g, uint32_t b) {
   return r | g << 8 | b << 16 | 0xff000000u;
 }
@@ -60,7 +77,6 @@ void ddStream_readBitmapBlock(ddStream* s, ddTimeline* timeline, int blockType, 
   uint32_t width = ddStream_readU16(s);
   uint32_t height = ddStream_readU16(s);
   size_t rowBytes = (size_t(width) + 3) & ~size_t(3);
-  ddSurface* surface = ddSurface_create(int(width), int(height));
 
   uint32_t colors = 0;
   size_t outSize;
@@ -71,6 +87,13 @@ void ddStream_readBitmapBlock(ddStream* s, ddTimeline* timeline, int blockType, 
     // 15-bit data (format 4) is not told apart: every direct pixel is 4 bytes.
     outSize = size_t(width) * height * 4;
   }
+  const int64_t rest = int64_t(length) - int64_t(s->pos - start);
+  if (!backed(s, width, height, outSize, rest)) {
+    ddWarn("Bitmap %i of %ux%u dropped: its data cannot hold it", id, width, height);
+    ddStream_skip(s, std::max<int64_t>(rest, 0));
+    return;
+  }
+  ddSurface* surface = ddSurface_create(int(width), int(height));
   outSize += kInflateMargin;
 
   size_t inSize = 0;

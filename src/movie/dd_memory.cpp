@@ -108,3 +108,11 @@ void ddMemory_releaseTracked() {
     std::free(h);
   }
 }
+
+void ddMemory_keepTracked() {
+  while (trackedHead) {
+    Header* h = trackedHead;
+    trackedHead = h->next;
+    h->tracked = false;
+  }
+}

@@ -175,7 +175,8 @@ void ddGradient_writeStop(ddGradient* g, int32_t i, int ratio, ddColor colour) {
 }
 
 ddColor ddGradient_colorAt(ddGradient* g, int32_t p) {
-  if (g->count <= 0) return 0;
+  // A gradient whose block lists no stops paints as other players show it.
+  if (g->count <= 0) return 0xff000000u;
   if (g->cursor < 0 || g->cursor >= g->count) g->cursor = 0;
   while (g->cursor > 0 && g->stops[g->cursor].pos > p) g->cursor--;
   while (g->cursor < g->count - 1 && g->stops[g->cursor + 1].pos < p) g->cursor++;

@@ -191,4 +191,18 @@ uint16_t localeLanguageId() {
   return id;
 }
 
+std::string wideToUtf8(const char16_t* src, std::size_t count) {
+  std::string out(count * 3, '\0');  // a surrogate pair's four bytes fit in its two units' six
+  out.resize(wideToMultiByte(0, src, count, out.data(), out.size()));
+  return out;
+}
+
+std::string codePageToUtf8(int codePage, const char* text) {
+  if (!text) return {};
+  const std::size_t length = std::strlen(text);
+  std::u16string wide(multiByteToWide(codePage, text, length, nullptr, 0), u'\0');
+  wide.resize(multiByteToWide(codePage, text, length, wide.data(), wide.size()));
+  return wideToUtf8(wide.data(), wide.size());
+}
+
 }  // namespace vostan::platform

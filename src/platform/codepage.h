@@ -3,6 +3,7 @@
 // Code page 0 stands for the system default, UTF-8 here.
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace vostan::platform {
 
@@ -14,6 +15,10 @@ std::size_t wideToMultiByte(int codePage, const char16_t* src, std::size_t count
 std::size_t multiByteToWide(int codePage, const char* src, std::size_t count, char16_t* dst,
                             std::size_t capacity);
 bool isDBCSLeadByte(int codePage, uint8_t byte);
+
+// UTF-8 for what the desktop shows, whatever page the text came in.
+std::string wideToUtf8(const char16_t* src, std::size_t count);
+std::string codePageToUtf8(int codePage, const char* text);
 
 // The ANSI code page of a language id (the stand-in for the locale's default
 // ANSI code page); 0 when unknown.

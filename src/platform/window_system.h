@@ -68,7 +68,8 @@ class WindowSystem {
 
   // Windows
   virtual bool registerClass(const char* name, WindowProc proc, void* context) = 0;
-  // Sends WM_CREATE, WM_SIZE and WM_MOVE to the class's procedure before it returns.
+  // Sends WM_CREATE, WM_SIZE and WM_MOVE to the class's procedure before it
+  // returns. The title is UTF-8, as desktops show it.
   virtual WindowHandle createWindow(uint32_t exStyle, const char* className, const char* title,
                                     uint32_t style, int x, int y, int width, int height) = 0;
   virtual void destroyWindow(WindowHandle) = 0;

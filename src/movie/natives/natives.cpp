@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "bridge/bridge.h"
 #include "console/win_console.h"
 #include "graphics/texture_store.h"
 #include "movie/natives/movie_host.h"
@@ -46,6 +47,33 @@ ddTextureTarget boundTexture() {
   return t;
 }
 
+// With the system property "vostan.movie.recoverable" set to "true", a damaged
+// movie makes n_init return 0 with its message logged, instead of ending the
+// process. A game that loads movies from players or the network wants that.
+struct DamagedMovie {};
+
+[[noreturn]] void throwDamaged(const char* message) {
+  std::printf("%s\n", message);
+  std::fflush(stdout);
+  throw DamagedMovie{};
+}
+
+// Everything the open allocates is tracked, so a failure part-way frees it.
+ddMovie* openRecoverable(const uint8_t* data, int32_t length, int width, int height) {
+  const ddSink fatal = ddSetFatalSink(throwDamaged);
+  ddMemory_setTracking(true);
+  ddMovie* movie = nullptr;
+  try {
+    movie = ddMovie_openBytes(data, length, width, height);
+    ddMemory_keepTracked();
+  } catch (const DamagedMovie&) {
+    ddMemory_releaseTracked();
+  }
+  ddMemory_setTracking(false);
+  ddSetFatalSink(fatal);
+  return movie;
+}
+
 }  // namespace
 
 #define NATIVE(ret, name) extern "C" JNIEXPORT ret JNICALL Java_mirelo_app_VecMovie_##name
@@ -53,10 +81,12 @@ ddTextureTarget boundTexture() {
 NATIVE(jlong, n_1init)
 (JNIEnv* env, jobject, jbyteArray data, jint offset, jint length, jint width, jint height) {
   if (!data) return 0;
+  const bool recoverable = vostan::systemProperty(env, "vostan.movie.recoverable") == "true";
   auto* bytes = static_cast<uint8_t*>(env->GetPrimitiveArrayCritical(data, nullptr));
   if (!bytes) return 0;
   // Nothing between the two critical calls calls back into Java.
-  ddMovie* movie = ddMovie_openBytes(bytes + offset, length, width, height);
+  ddMovie* movie = recoverable ? openRecoverable(bytes + offset, length, width, height)
+                               : ddMovie_openBytes(bytes + offset, length, width, height);
   env->ReleasePrimitiveArrayCritical(data, bytes, 0);
   if (!movie) {
     std::printf("DAMEDESITA...... \n");
