@@ -87,16 +87,24 @@ TEST_F(BitmapTest, PaletteRowsArePaddedToFourBytesAndStrayIndicesTakeEntryZero) 
 
 // A 640-twip square filled with bitmap `bitmapId` (clipped, 20 twips a pixel)
 // placed at depth 1.
-Bytes bitmapSquare(int shapeId, int bitmapId) {
+// A 32-pixel square at depth 1 whose one fill is written by `fill`.
+template <class F>
+Bytes filledSquare(int shapeId, F fill) {
   swf::Writer body;
   body.rect(0, 640, 0, 640);
-  body.u8(1);     // one fill
-  body.u8(0x41);  // clipped bitmap
-  body.u16(uint32_t(bitmapId));
-  body.matrix(swf::Matrix{std::make_pair(20 << 16, 20 << 16), std::nullopt, 0, 0});
+  body.u8(1);  // one fill
+  fill(body);
   body.u8(0);  // no lines
   body.rectangleRecords(640, 640);
   return swf::concat({swf::defineShape(2, shapeId, body), swf::placeNew(1, shapeId)});
+}
+
+Bytes bitmapSquare(int shapeId, int bitmapId) {
+  return filledSquare(shapeId, [&](swf::Writer& body) {
+    body.u8(0x41);  // clipped bitmap
+    body.u16(uint32_t(bitmapId));
+    body.matrix(swf::Matrix{std::make_pair(20 << 16, 20 << 16), std::nullopt, 0, 0});
+  });
 }
 
 TEST_F(BitmapTest, FillsPaintThePremultipliedWordsOrNothingWhenTheBitmapIsAbsent) {
@@ -116,6 +124,53 @@ TEST_F(BitmapTest, FillsPaintThePremultipliedWordsOrNothingWhenTheBitmapIsAbsent
     EXPECT_EQ(s->pixels[20 * s->width + 20], inside);
     EXPECT_EQ(s->pixels[40 * s->width + 40], 0u);  // outside the square
   }
+}
+
+// A bitmap whose stated size its data cannot fill, or one past the size
+// players allow, is left out; fills naming it paint nothing and the rest of
+// the movie plays. A large bitmap whose data does fill it stays.
+TEST_F(BitmapTest, BitmapsTheirDataCannotFillAreDroppedAndTheMovieGoesOn) {
+  ddRender_install();
+  const Bytes red = squareShape(3);  // 5 pixels wide, red
+  for (const Bytes& bitmap : {bitmapBlock(20, 1, 5, 62525, 17173, Bytes(64, 7)),
+                              bitmapBlock(36, 1, 5, 8192, 1, Bytes(8192 * 4, 0)),
+                              bitmapBlock(36, 1, 3, 4000, 4000, Bytes(16, 1), 1)}) {
+    warnings().clear();
+    ddMovie* movie = open(swf::movie(
+        swf::concat({bitmap, bitmapSquare(2, 1), red,
+                     swf::placeNew(2, 3, swf::Matrix{std::nullopt, std::nullopt, 1200, 1200}),
+                     swf::showFrame(), swf::end()})));
+    EXPECT_EQ(ddDictionary_get(movie->rootTimeline, 1), nullptr);
+    ASSERT_EQ(warnings().size(), 1u);
+    EXPECT_NE(warnings()[0].find("dropped"), std::string::npos) << warnings()[0];
+    ddMovie_draw(movie, nullptr, nullptr);
+    const ddSurface* s = movie->surface;
+    EXPECT_EQ(s->pixels[5 * s->width + 5], 0u) << "the bitmap fill paints nothing";
+    EXPECT_EQ(s->pixels[62 * s->width + 62], word(255, 0, 0, 255)) << "the next shape draws";
+  }
+  // Data that inflates to the full size keeps its bitmap, at the most zlib packs.
+  for (auto [w, h] : {std::pair{8191, 1}, std::pair{2000, 2000}}) {
+    const std::vector<ddColor> px =
+        decode(bitmapBlock(36, 1, 5, w, h, Bytes(size_t(w) * h * 4, 0)), 1);
+    EXPECT_EQ(px.size(), size_t(w) * h);
+  }
+}
+
+// A gradient block that lists no stops paints opaque black, with the colour
+// transform applied as to any other colour.
+TEST_F(BitmapTest, GradientWithoutStopsPaintsOpaqueBlack) {
+  ddRender_install();
+  const Bytes square = filledSquare(2, [](swf::Writer& body) {
+    body.u8(0x10);  // linear gradient
+    body.matrix(swf::Matrix{});
+    body.u8(0);  // no stops
+  });
+  ddMovie* movie = open(swf::movie(swf::concat({square, swf::showFrame(), swf::end()})));
+  ddMovie_draw(movie, nullptr, nullptr);
+  const ddSurface* s = movie->surface;
+  EXPECT_EQ(s->pixels[5 * s->width + 5], word(0, 0, 0, 255));
+  EXPECT_EQ(s->pixels[20 * s->width + 20], word(0, 0, 0, 255));
+  EXPECT_EQ(s->pixels[40 * s->width + 40], 0u);
 }
 
 }  // namespace
