@@ -189,3 +189,34 @@ HOOK(void, dropFiles)(JNIEnv* env, jclass, jint window, jobjectArray paths) {
   e.drop.windowID = static_cast<Uint32>(window);
   SDL_PushEvent(&e);
 }
+
+// The window's title as the X server holds it (_NET_WM_NAME, UTF-8), or null
+// when the window is not on X11.
+#include <SDL_syswm.h>
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+
+HOOK(jbyteArray, titleOnX11)(JNIEnv* env, jclass, jint window) {
+  SDL_Window* w = SDL_GetWindowFromID(static_cast<Uint32>(window));
+  SDL_SysWMinfo info;
+  SDL_VERSION(&info.version);
+  if (!w || !SDL_GetWindowWMInfo(w, &info) || info.subsystem != SDL_SYSWM_X11) return nullptr;
+  Display* display = info.info.x11.display;
+  Atom name = XInternAtom(display, "_NET_WM_NAME", False);
+  Atom utf8 = XInternAtom(display, "UTF8_STRING", False);
+  Atom type = None;
+  int format = 0;
+  unsigned long count = 0, after = 0;
+  unsigned char* data = nullptr;
+  if (XGetWindowProperty(display, info.info.x11.window, name, 0, 4096, False, utf8, &type, &format,
+                         &count, &after, &data) != Success ||
+      type != utf8 || format != 8) {
+    if (data) XFree(data);
+    return nullptr;
+  }
+  jbyteArray bytes = env->NewByteArray(static_cast<jsize>(count));
+  if (bytes)
+    env->SetByteArrayRegion(bytes, 0, static_cast<jsize>(count), reinterpret_cast<jbyte*>(data));
+  XFree(data);
+  return bytes;
+}

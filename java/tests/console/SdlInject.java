@@ -26,6 +26,9 @@ public final class SdlInject {
 
   public static native void close(int window);
 
+  /** The window's title as the X server holds it, UTF-8; null off X11. */
+  public static native byte[] titleOnX11(int window);
+
   public static native void dropFiles(int window, String[] paths);
 
   /** Allocations of this thread so far, with the counting malloc preloaded; else -1. */
