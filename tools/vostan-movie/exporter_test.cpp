@@ -2,6 +2,7 @@
 // object draws, the description of a movie, and clear failures.
 #include <sys/wait.h>
 
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -109,12 +110,69 @@ TEST_F(ExporterTest, InfoDescribesHeaderCharactersAndSkippedBlocks) {
   file.insert(file.end() - 2, unknown.begin(), unknown.end());
   uint32_t size = uint32_t(file.size());
   for (int i = 0; i < 4; i++) file[4 + i] = uint8_t(size >> (8 * i));
-  Outcome r = run("info " + write("info.swf", file).string());
+  const fs::path path = write("info.swf", file);
+  Outcome r = run("info " + path.string());
   ASSERT_EQ(r.status, 0) << r.err;
   for (const char* line : {"header: FWS version 8, plain", "frames: 3 stated, 3 read",
                            "background: #336699", "  3 bitmap 8 x 8", "  10 sprite, 2 frames",
                            "  21 DefineBitsJPEG2 x 1", "  99 unknown x 1"})
     EXPECT_NE(r.out.find(line), std::string::npos) << line << "\n" << r.out;
+
+  // The same for programs; a movie without skipped blocks has an empty list.
+  r = run("info --json " + path.string());
+  ASSERT_EQ(r.status, 0) << r.err;
+  for (const char* entry :
+       {"\"signature\": \"FWS\"", "\"compressed\": false", "\"framesStated\": 3",
+        "\"framesRead\": 3", "\"background\": \"#336699\"",
+        "{\"id\": 3, \"kind\": \"bitmap\", \"width\": 8, \"height\": 8}",
+        "{\"id\": 10, \"kind\": \"sprite\", \"frames\": 2}",
+        "{\"type\": 21, \"name\": \"DefineBitsJPEG2\", \"count\": 1}",
+        "{\"type\": 99, \"name\": null, \"count\": 1}"})
+    EXPECT_NE(r.out.find(entry), std::string::npos) << entry << "\n" << r.out;
+  EXPECT_EQ(r.out.front(), '{');
+  EXPECT_EQ(r.out.substr(r.out.size() - 4), "]\n}\n") << r.out;
+  r = run("info --json " + write("plain.swf", sample::movie()).string());
+  EXPECT_NE(r.out.find("\"blocksSkipped\": []"), std::string::npos) << r.out;
+}
+
+// Frames past those the movie holds show as the player shows them; a range
+// of frames goes into a folder; the background is the movie's, a given
+// colour, or none.
+TEST_F(ExporterTest, FrameRangesBackgroundsAndFramesPastTheEnd) {
+  const swf::Bytes file = sample::movie(true);
+  const std::string swfPath = write("sample.swf", file).string();
+  Outcome r =
+      run("render " + swfPath + " --frame 5 --premultiplied --out " + (dir_ / "past.png").string());
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_NE(r.err.find("frame 5 is past the 3"), std::string::npos) << r.err;
+  EXPECT_TRUE(picture("past.png").rgba == drawnFrame(file, 5, 550, 400));
+
+  r = run("render " + swfPath + " --frames 1-3 --premultiplied --out " + (dir_ / "seq").string());
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_TRUE(picture("seq/frame_0001.png").rgba == drawnFrame(file, 1, 550, 400));
+  EXPECT_TRUE(picture("seq/frame_0002.png").rgba == drawnFrame(file, 2, 550, 400));
+  EXPECT_TRUE(fs::exists(dir_ / "seq/frame_0003.png"));
+  EXPECT_FALSE(fs::exists(dir_ / "seq/frame_0000.png"));
+
+  // The corner holds nothing of the movie, so it shows the background alone.
+  auto corner = [&](const std::string& options) {
+    const std::string out = (dir_ / "bg.png").string();
+    Outcome o = run("render " + swfPath + " --frame 0 " + options + " --out " + out);
+    EXPECT_EQ(o.status, 0) << options << "\n" << o.err;
+    const corpus::Picture p = picture("bg.png");
+    const uint8_t* px = &p.rgba[p.rgba.size() - 4];
+    return std::vector<int>{px[0], px[1], px[2], px[3]};
+  };
+  EXPECT_EQ(corner("--background"), (std::vector<int>{0x33, 0x66, 0x99, 255}));
+  EXPECT_EQ(corner("--background movie"), (std::vector<int>{0x33, 0x66, 0x99, 255}));
+  EXPECT_EQ(corner("--background '#ff8000'"), (std::vector<int>{255, 128, 0, 255}));
+  EXPECT_EQ(corner("--background transparent"), (std::vector<int>{0, 0, 0, 0}));
+  EXPECT_EQ(corner(""), (std::vector<int>{0, 0, 0, 0}));
+
+  r = run("--version");
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.out.rfind("vostan-movie ", 0), 0u) << r.out;
+  EXPECT_TRUE(r.out.size() > 14 && std::isdigit(static_cast<unsigned char>(r.out[13]))) << r.out;
 }
 
 TEST_F(ExporterTest, InfoListsMorphsFontsAndTextAsRead) {
@@ -161,7 +219,8 @@ TEST_F(ExporterTest, BadInputFailsWithAMessage) {
       {"render " + write("cut.swf", cut).string() + " --frame 0" + out, 1, "does not open"},
       {"info " + write("bitmap.swf", badBitmap).string(), 1,
        "damaged movie: Couldn't uncompress bits!"},
-      {"render " + good.string() + " --frame 3" + out, 1, "no frame 3 (the movie has 3"},
+      {"render " + good.string() + " --frames 3-1" + out, 1, "bad frame range"},
+      {"render " + good.string() + " --frame 0 --background '#12345'" + out, 1, "bad colour"},
       {"render " + good.string() + " --frame 0 --size 5000x10" + out, 1, "bad size"},
       {"render " + good.string() + " --frame 0 --out " + (dir_ / "no/such/dir.png").string(), 1,
        "cannot write"},

@@ -1,7 +1,9 @@
 // vostan-movie: shows what the player makes of a movie without Java.
-//   vostan-movie render IN.swf --frame N [--size WxH] [--background | --premultiplied]
-//                --out OUT.png
-//   vostan-movie info IN.swf
+//   vostan-movie render IN.swf --frame N [--size WxH] [--background [movie|transparent|#rrggbb]
+//                | --premultiplied] --out OUT.png
+//   vostan-movie render IN.swf --frames FIRST-LAST [options] --out DIR
+//   vostan-movie info [--json] IN.swf
+//   vostan-movie --version
 // A frame is reached and drawn the way the VecMovie natives do it: the root
 // clip is moved to frame N, then the movie is drawn and its surface handed out
 // as an upload.
@@ -12,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -33,13 +36,19 @@ std::string currentInput;
 
 void usage() {
   std::fprintf(stderr,
-               "usage: %s render IN.swf --frame N [--size WxH] [--background | --premultiplied] "
+               "usage: %s render IN.swf --frame N [--size WxH]\n"
+               "                [--background [movie|transparent|#rrggbb] | --premultiplied] "
                "--out OUT.png\n"
-               "       %s info IN.swf\n"
-               "Frames count from 0. The picture holds the movie's pixels with straight alpha;\n"
-               "--background lays them over the movie's background colour, --premultiplied\n"
-               "writes them as the movie keeps them (what a texture receives).\n",
-               program, program);
+               "       %s render IN.swf --frames FIRST-LAST [same options] --out DIR\n"
+               "       %s info [--json] IN.swf\n"
+               "       %s --version\n"
+               "Frames count from 0; a frame past those the movie holds shows as the player\n"
+               "shows it. The picture holds the movie's pixels with straight alpha (as with\n"
+               "--background transparent); --background or --background movie lays them over\n"
+               "the movie's background colour (white when it sets none), --background #rrggbb\n"
+               "over that colour; --premultiplied writes them as the movie keeps them (what a\n"
+               "texture receives). A frame range writes DIR/frame_NNNN.png for each frame.\n",
+               program, program, program, program);
   std::exit(2);
 }
 
@@ -146,13 +155,93 @@ int pixels(ddFixed v) {
   return int((int64_t(v) + 512) >> 10);
 }
 
-int info(const std::string& path) {
+std::string jsonString(const std::string& text) {
+  std::string out = "\"";
+  for (unsigned char c : text) {
+    if (c == '"' || c == '\\') {
+      out += '\\';
+      out += char(c);
+    } else if (c < 0x20) {
+      char escaped[8];
+      std::snprintf(escaped, sizeof escaped, "\\u%04x", c);
+      out += escaped;
+    } else {
+      out += char(c);
+    }
+  }
+  return out + "\"";
+}
+
+void infoJson(const std::string& path, const std::vector<uint8_t>& bytes, const ddMovie* movie,
+              const BlockLog& log, uint32_t length) {
+  const ddTimeline* root = movie->rootTimeline;
+  std::printf("{\n  \"file\": %s,\n", jsonString(path).c_str());
+  std::printf("  \"signature\": \"%c%c%c\",\n  \"version\": %d,\n  \"compressed\": %s,\n", bytes[0],
+              bytes[1], bytes[2], int(bytes[3]), bytes[0] == 'C' ? "true" : "false");
+  std::printf("  \"length\": %u,\n  \"fileBytes\": %zu,\n", length, bytes.size());
+  std::printf("  \"width\": %d,\n  \"height\": %d,\n  \"frameRate\": %g,\n",
+              pixels(root->frameWidth), pixels(root->frameHeight), double(movie->frameRate));
+  std::printf("  \"framesStated\": %d,\n  \"framesRead\": %d,\n", root->nFrames, root->framesRead);
+  const ddColor bg = movie->backgroundColor;
+  if (bg >> 24)
+    std::printf("  \"background\": \"#%02x%02x%02x\",\n", bg & 255, (bg >> 8) & 255,
+                (bg >> 16) & 255);
+  else
+    std::printf("  \"background\": null,\n");
+  std::printf("  \"characters\": [");
+  const ddDictionary* d = root->dictionary;
+  const char* separator = "\n";
+  for (int32_t id = 0; id < d->count; id++) {
+    const ddCharacter* c = d->entries[id];
+    if (!c) continue;
+    std::printf("%s    {\"id\": %d, ", separator, id);
+    separator = ",\n";
+    switch (c->type) {
+      case ddCharacterShape: {
+        const ddShape* sh = reinterpret_cast<const ddShapeCharacter*>(c)->shape;
+        std::printf("\"kind\": \"shape\", \"fills\": %d, \"records\": %d}", sh->fillCount,
+                    sh->recordCount);
+        break;
+      }
+      case ddCharacterBitmap: {
+        const ddSurface* b = reinterpret_cast<const ddBitmapCharacter*>(c)->surface;
+        std::printf("\"kind\": \"bitmap\", \"width\": %d, \"height\": %d}", b->width, b->height);
+        break;
+      }
+      case ddCharacterTimeline:
+        std::printf("\"kind\": \"sprite\", \"frames\": %d}",
+                    reinterpret_cast<const ddTimeline*>(c)->framesRead);
+        break;
+      default:
+        std::printf("\"kind\": \"other\", \"type\": %d}", c->type);
+    }
+  }
+  std::printf("%s],\n  \"blocksSkipped\": [", separator[0] == ',' ? "\n  " : "");
+  separator = "\n";
+  for (const auto& [type, count] : log.skipped) {
+    std::printf("%s    {\"type\": %d, \"name\": %s, \"count\": %d}", separator, type,
+                jsonString(blockName(type)).c_str(), count);
+    separator = ",\n";
+  }
+  for (const auto& [type, count] : log.unknown) {
+    std::printf("%s    {\"type\": %d, \"name\": null, \"count\": %d}", separator, type, count);
+    separator = ",\n";
+  }
+  std::printf("%s]\n}\n", separator[0] == ',' ? "\n  " : "");
+}
+
+int info(const std::string& path, bool json) {
   std::vector<uint8_t> bytes = readFile(path);
   BlockLog log;
   ddMovie* movie = open(path, bytes, 1, 1, &log);
   const ddTimeline* root = movie->rootTimeline;
   uint32_t length = uint32_t(bytes[4]) | uint32_t(bytes[5]) << 8 | uint32_t(bytes[6]) << 16 |
                     uint32_t(bytes[7]) << 24;
+  if (json) {
+    infoJson(path, bytes, movie, log, length);
+    ddMovie_dispose(movie);
+    return 0;
+  }
   std::printf("file: %s\n", path.c_str());
   std::printf("header: %c%c%c version %d, %s, %u bytes uncompressed (%zu in the file)\n", bytes[0],
               bytes[1], bytes[2], int(bytes[3]), bytes[0] == 'C' ? "compressed" : "plain", length,
@@ -274,6 +363,17 @@ void writePng(const std::string& path, const Capture& picture) {
 
 enum class Mode { Straight, Background, Premultiplied };
 
+// A colour given as #rrggbb, as a colour word.
+bool parseColour(const std::string& text, ddColor* colour) {
+  if (text.size() != 7 || text[0] != '#') return false;
+  char* end = nullptr;
+  const unsigned long v = std::strtoul(text.c_str() + 1, &end, 16);
+  if (*end) return false;
+  *colour = ddColor((v >> 16) & 255) | ddColor((v >> 8) & 255) << 8 | ddColor(v & 255) << 16 |
+            0xFF000000u;
+  return true;
+}
+
 void finishPixels(Capture& c, Mode mode, ddColor background) {
   if (mode == Mode::Premultiplied) return;
   // Without a background block players show white.
@@ -293,8 +393,11 @@ void finishPixels(Capture& c, Mode mode, ddColor background) {
 
 int render(const std::vector<std::string>& args) {
   std::string in, out;
-  int frame = -1, width = 0, height = 0;
+  bool range = false;
+  int frame = -1, last = -1, width = 0, height = 0;
   Mode mode = Mode::Straight;
+  bool ownColour = false;
+  ddColor colour = 0;
   for (size_t i = 0; i < args.size(); i++) {
     const std::string& a = args[i];
     auto value = [&]() -> const std::string& {
@@ -303,6 +406,15 @@ int render(const std::vector<std::string>& args) {
     };
     if (a == "--frame") {
       frame = parseInt(value(), "frame");
+      last = frame;
+    } else if (a == "--frames") {
+      const std::string& v = value();
+      const size_t dash = v.find('-');
+      if (dash == std::string::npos) fail("bad frame range: " + v + " (expected FIRST-LAST)");
+      frame = parseInt(v.substr(0, dash), "first frame");
+      last = parseInt(v.substr(dash + 1), "last frame");
+      if (last < frame) fail("bad frame range: " + v + " (the last frame comes before the first)");
+      range = true;
     } else if (a == "--out") {
       out = value();
     } else if (a == "--size") {
@@ -315,7 +427,19 @@ int render(const std::vector<std::string>& args) {
         fail("bad size: " + v + " (1 to " + std::to_string(ddRowWidth) +
              " pixels wide, 1 to 8192 high)");
     } else if (a == "--background") {
+      // The value is optional: a bare --background means the movie's own colour.
+      const std::string next = i + 1 < args.size() ? args[i + 1] : "";
       mode = Mode::Background;
+      if (next == "movie") {
+        i++;
+      } else if (next == "transparent") {
+        mode = Mode::Straight;
+        i++;
+      } else if (!next.empty() && next[0] == '#') {
+        if (!parseColour(next, &colour)) fail("bad colour: " + next + " (expected #rrggbb)");
+        ownColour = true;
+        i++;
+      }
     } else if (a == "--premultiplied") {
       mode = Mode::Premultiplied;
     } else if (!a.empty() && a[0] == '-') {
@@ -336,19 +460,30 @@ int render(const std::vector<std::string>& args) {
     height = std::max(1, std::min(pixels(probe->rootTimeline->frameHeight), 8192));
     ddMovie_dispose(probe);
   }
+  if (range) {
+    std::error_code error;
+    std::filesystem::create_directories(out, error);
+    if (error) fail("cannot make " + out + ": " + error.message());
+  }
   // Opened at its final size, as Java opens movies.
   ddMovie* movie = open(in, bytes, width, height, nullptr);
   const int frames = movie->rootTimeline->framesRead;
-  // Frame 0 always exists: a movie that shows no frame draws its empty stage.
-  if (frame > 0 && frame >= frames)
-    fail(in + ": no frame " + std::to_string(frame) + " (the movie has " + std::to_string(frames) +
-         ", counted from 0)");
-  ddClip_moveFrame(movie, movie->rootClip, frame);
-  Capture picture;
-  ddMovie_drawToTexture(movie, 0, 0, ddTextureTarget{true, width, height, capture, &picture});
-  finishPixels(picture, mode, movie->backgroundColor);
+  // Frames are reached one after the other, as a game steps through them.
+  for (int f = frame; f <= last; f++) {
+    // The player shows its first frame for one past the frames it holds.
+    if (f > 0 && f >= frames)
+      std::fprintf(stderr,
+                   "%s: frame %d is past the %d the movie holds: shown as the player does\n",
+                   program, f, frames);
+    ddClip_moveFrame(movie, movie->rootClip, f);
+    Capture picture;
+    ddMovie_drawToTexture(movie, 0, 0, ddTextureTarget{true, width, height, capture, &picture});
+    finishPixels(picture, mode, ownColour ? colour : movie->backgroundColor);
+    char name[32];
+    std::snprintf(name, sizeof name, "frame_%04d.png", f);
+    writePng(range ? (std::filesystem::path(out) / name).string() : out, picture);
+  }
   ddMovie_dispose(movie);
-  writePng(out, picture);
   return 0;
 }
 
@@ -361,8 +496,14 @@ int main(int argc, char** argv) {
   args.erase(args.begin());
   if (command == "render") return render(args);
   if (command == "info") {
+    const bool json = !args.empty() && args[0] == "--json";
+    if (json) args.erase(args.begin());
     if (args.size() != 1) usage();
-    return info(args[0]);
+    return info(args[0], json);
+  }
+  if (command == "--version") {
+    std::printf("%s %s\n", program, VOSTAN_VERSION);
+    return 0;
   }
   if (command == "--help" || command == "-h") usage();
   fail("unknown command " + command + " (render or info)");
