@@ -128,6 +128,8 @@ public final class Demo {
     System.out.println(frames + " frames, " + events + " events");
     WebPanel.report();
     if (song != null) song.stop(framesDir);
+    // The device would close at exit too; a game that goes on without sound gives it back here.
+    if (audio != null) audio.close();
     if (graphics) {
       WinConsole.n_free();
       WinConsole.n_disposeGraphics();
