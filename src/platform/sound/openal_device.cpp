@@ -640,6 +640,7 @@ class StreamVoice final : public VoiceBase {
     alDeleteSources(1, &source_);
     alDeleteBuffers(kStreamChunks, chunks_);
     source_ = 0;
+    std::fill(chunks_, chunks_ + kStreamChunks, 0u);
     free_.clear();
   }
 
