@@ -157,8 +157,7 @@ class D3DGraphics {
   static constexpr int32_t kDynamicIndices = 32768;
 
   // Render to texture and shadows
-  void startRenderTexture(TextureEntry* entry, int32_t x, int32_t y, int32_t width,
-                          int32_t height);
+  void startRenderTexture(TextureEntry* entry, int32_t x, int32_t y, int32_t width, int32_t height);
   void finishRenderTexture();
   void setupShadow(TextureEntry* depthMap, const float* matrix, uint32_t rgba);
   void finishShadow();

@@ -198,8 +198,7 @@ bool copyRecordToMemory(GLArrayRecord* from, int32_t fromOffset, uint8_t* memory
   if (!from || !from->holds(fromOffset, size) ||
       !insideMemory(memory, memoryBytes, memoryOffset, size))
     return false;
-  from->read(memory + memoryOffset, static_cast<uint32_t>(fromOffset),
-             static_cast<uint32_t>(size));
+  from->read(memory + memoryOffset, static_cast<uint32_t>(fromOffset), static_cast<uint32_t>(size));
   return true;
 }
 

@@ -11,8 +11,7 @@ using namespace gfx;
 
 namespace {
 
-constexpr uint32_t kPositionStride = 12, kColorStride = 4, kTexCoordStride = 8,
-                   kWeightStride = 16;
+constexpr uint32_t kPositionStride = 12, kColorStride = 4, kTexCoordStride = 8, kWeightStride = 16;
 
 uint32_t roomFor(const GLArrayRecord* r, uint32_t stride) {
   return r->isIndex() ? 0 : r->size() / stride;
@@ -68,10 +67,9 @@ void D3DGraphics::bindArrays() {
     effect->setFloatArray(unicolorHandle, lightingColor, 4);
   } else {
     const uint32_t c = currentVertex.color;
-    const float rgba[4] = {static_cast<float>(c & 0xFF) / 255.0f,
-                           static_cast<float>((c >> 8) & 0xFF) / 255.0f,
-                           static_cast<float>((c >> 16) & 0xFF) / 255.0f,
-                           static_cast<float>(c >> 24) / 255.0f};
+    const float rgba[4] = {
+        static_cast<float>(c & 0xFF) / 255.0f, static_cast<float>((c >> 8) & 0xFF) / 255.0f,
+        static_cast<float>((c >> 16) & 0xFF) / 255.0f, static_cast<float>(c >> 24) / 255.0f};
     effect->setFloatArray(unicolorHandle, rgba, 4);
   }
   device->setVertexDeclaration(vertexDeclarations[flags]);

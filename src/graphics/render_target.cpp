@@ -81,10 +81,9 @@ void D3DGraphics::setupShadow(TextureEntry* depthMap, const float* matrix, uint3
   effect->setMatrix(texgenmatHandle, copy);
   effect->setTexture(texshadowHandle, depthMap ? depthMap->texture : nullptr);
   techniqueMode = 2;
-  const float colour[4] = {static_cast<float>(rgba >> 24) / 255.0f,
-                           static_cast<float>((rgba >> 16) & 0xFF) / 255.0f,
-                           static_cast<float>((rgba >> 8) & 0xFF) / 255.0f,
-                           static_cast<float>(rgba & 0xFF) / 255.0f};
+  const float colour[4] = {
+      static_cast<float>(rgba >> 24) / 255.0f, static_cast<float>((rgba >> 16) & 0xFF) / 255.0f,
+      static_cast<float>((rgba >> 8) & 0xFF) / 255.0f, static_cast<float>(rgba & 0xFF) / 255.0f};
   effect->setVector(shadowcolorHandle, colour);
 }
 

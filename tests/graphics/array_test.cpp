@@ -86,8 +86,8 @@ TEST_F(Arrays, CopiesThatLeaveARecordOrTheMemoryAreRefused) {
   };
   // Past the end on either side, negative offsets and sizes, sums that
   // overflow 32 bits, and nothing at all.
-  const Range bad[] = {{0, 0, 33}, {30, 0, 4},       {-1, 0, 4},      {0, -4, 4},
-                       {0, 0, -8}, {INT_MAX, 0, 4},  {4, INT_MAX, 4}, {0, 0, INT_MIN},
+  const Range bad[] = {{0, 0, 33}, {30, 0, 4},      {-1, 0, 4},      {0, -4, 4},
+                       {0, 0, -8}, {INT_MAX, 0, 4}, {4, INT_MAX, 4}, {0, 0, INT_MIN},
                        {0, 0, 0},  {0, 0, INT_MAX}};
   for (const Range& r : bad) {
     SCOPED_TRACE(::testing::Message() << r.offset << "," << r.other << "," << r.size);
@@ -140,8 +140,8 @@ TEST_F(Arrays, SlotsComeBackLastInFirstOutOnlyAfterACompact) {
 
   table.noteDelete(ha);
   table.noteDelete(hb);
-  table.noteDelete(ha);        // twice: still freed once
-  table.noteDelete(ha + 1);    // made up: ignored
+  table.noteDelete(ha);          // twice: still freed once
+  table.noteDelete(ha + 1);      // made up: ignored
   EXPECT_EQ(table.find(ha), a);  // nothing happens before the compact
   EXPECT_EQ(table.freeCount(), 0);
   table.compact();
@@ -209,8 +209,7 @@ TEST_F(Arrays, IndexedDrawBindsOneStreamPerArrayInOrder) {
   EXPECT_THAT(calls("SetStreamSource"),
               ElementsAre("SetStreamSource(0,vb,0,12)", "SetStreamSource(1,vb,0,8)"));
   EXPECT_THAT(calls("Effect.SetTechnique"), ElementsAre("Effect.SetTechnique(tec1)"));
-  EXPECT_THAT(calls("Effect.SetFloatArray"),
-              ElementsAre("Effect.SetFloatArray(unicolor,1,0,0,1)"));
+  EXPECT_THAT(calls("Effect.SetFloatArray"), ElementsAre("Effect.SetFloatArray(unicolor,1,0,0,1)"));
   EXPECT_THAT(calls("CreateIndexBuffer"), IsEmpty());  // the dynamic buffer is kept
 
   // An index past any bound array, or more indices than the buffer holds,
@@ -230,9 +229,9 @@ TEST_F(Arrays, IndexedDrawBindsOneStreamPerArrayInOrder) {
   EXPECT_THAT(calls("CreateIndexBuffer"), ElementsAre("CreateIndexBuffer(6,0,101,1)"));
   EXPECT_EQ(device().state().indices, resident->indexBuffer);
   copyMemoryToRecord(reinterpret_cast<const uint8_t*>(far), 6, 0, resident, 0, 6);
-  graphics->drawIndexedResident(0, 2, 3, resident);           // now names vertex 3
+  graphics->drawIndexedResident(0, 2, 3, resident);  // now names vertex 3
   graphics->drawIndexedResident(0, 2, 6, make(arraykind::kIndex, 6, indices));  // too many
-  graphics->drawIndexedResident(0, 2, 3, positions);          // not an index array
+  graphics->drawIndexedResident(0, 2, 3, positions);  // not an index array
   EXPECT_THAT(calls("DrawIndexedPrimitive"), ElementsAre("DrawIndexedPrimitive(4,0,0,3,0,1)"));
 
   // A reset lets the dynamic buffer go, and the next draw makes another.
@@ -259,13 +258,13 @@ TEST_F(Arrays, RenderTexturesPickTheirDepthBySize) {
 
   graphics->startRenderTexture(wide, 0, 0, 512, 256);
   EXPECT_EQ(device().depthStencil(), graphics->depthSurface);  // fits the client area
-  graphics->viewPort(0, 0, 640, 100);                           // flips against 256
+  graphics->viewPort(0, 0, 640, 100);                          // flips against 256
   graphics->finishRenderTexture();
-  EXPECT_THAT(system.log,
-              ElementsAre("EndScene", "SetRenderTarget(0,surface)", "SetDepthStencilSurface(surface)",
-                          "SetViewport(0,0,512,256)", "BeginScene", "SetViewport(0,156,640,100)",
-                          "EndScene", "SetDepthStencilSurface(null)", "SetRenderTarget(0,back)",
-                          "SetDepthStencilSurface(surface)", "BeginScene"));
+  EXPECT_THAT(system.log, ElementsAre("EndScene", "SetRenderTarget(0,surface)",
+                                      "SetDepthStencilSurface(surface)", "SetViewport(0,0,512,256)",
+                                      "BeginScene", "SetViewport(0,156,640,100)", "EndScene",
+                                      "SetDepthStencilSurface(null)", "SetRenderTarget(0,back)",
+                                      "SetDepthStencilSurface(surface)", "BeginScene"));
   EXPECT_EQ(device().renderTarget(), device().backBuffer());
   graphics->viewPort(0, 0, 640, 100);
   EXPECT_EQ(device().state().viewport.y, 380u);  // the client's height again

@@ -46,9 +46,9 @@ extern "C" JNIEXPORT jlong JNICALL Java_vostan_test_GfxHooks_plainIndexed(
   jfloat* p = env->GetFloatArrayElements(positions, nullptr);
   jint* c = env->GetIntArrayElements(colours, nullptr);
   jshort* i = env->GetShortArrayElements(indices, nullptr);
-  const int64_t ns = vostan::test::plainIndexed(p, reinterpret_cast<const uint32_t*>(c), vertices,
-                                                reinterpret_cast<const uint16_t*>(i), count, draws,
-                                                resident);
+  const int64_t ns =
+      vostan::test::plainIndexed(p, reinterpret_cast<const uint32_t*>(c), vertices,
+                                 reinterpret_cast<const uint16_t*>(i), count, draws, resident);
   env->ReleaseShortArrayElements(indices, i, JNI_ABORT);
   env->ReleaseIntArrayElements(colours, c, JNI_ABORT);
   env->ReleaseFloatArrayElements(positions, p, JNI_ABORT);
