@@ -81,10 +81,9 @@ ARRAY_NATIVE(void, memcpy__JIJII)
 ARRAY_NATIVE(void, memcpy__Ljava_lang_Object_2JIII)
 (JNIEnv* env, jclass, jobject destination, jlong source, jint sourceOffset, jint destinationOffset,
  jint size) {
-  GLArrayRecord* from = record(source);
-  if (!from || !from->holds(sourceOffset, size)) return;
   const int64_t bytes = primitiveArrayBytes(env, destination);
-  if (!vostan::byteRangeInside(bytes, destinationOffset, size)) return;
+  GLArrayRecord* from = record(source);
+  if (bytes < 0 || !from) return;
   HeldArray array(env, destination, true);
   copyRecordToMemory(from, sourceOffset, array.data(), bytes, destinationOffset, size);
 }
@@ -92,10 +91,9 @@ ARRAY_NATIVE(void, memcpy__Ljava_lang_Object_2JIII)
 ARRAY_NATIVE(void, memcpy__JLjava_lang_Object_2III)
 (JNIEnv* env, jclass, jlong destination, jobject source, jint sourceOffset, jint destinationOffset,
  jint size) {
-  GLArrayRecord* to = record(destination);
-  if (!to || !to->holds(destinationOffset, size)) return;
   const int64_t bytes = primitiveArrayBytes(env, source);
-  if (!vostan::byteRangeInside(bytes, sourceOffset, size)) return;
+  GLArrayRecord* to = record(destination);
+  if (bytes < 0 || !to) return;
   HeldArray array(env, source);
   copyMemoryToRecord(array.data(), bytes, sourceOffset, to, destinationOffset, size);
 }

@@ -13,11 +13,6 @@ namespace vostan {
 // Bytes of a primitive Java array; -1 for null and for anything else.
 int64_t primitiveArrayBytes(JNIEnv* env, jobject object);
 
-// Whether [offset, offset + count) lies inside `bytes`.
-inline bool byteRangeInside(int64_t bytes, int64_t offset, int64_t count) {
-  return offset >= 0 && count >= 0 && offset + count <= bytes;
-}
-
 // The elements of an array in place. `commit` copies them back at the
 // release, for a native that writes into the array: a machine that hands out
 // a copy then sees the writes too.

@@ -4,6 +4,9 @@ import mirelo.app.win32.WinConsole;
 import mirelo.gfx.GLArray;
 import mirelo.gfx.GLGraphics;
 
+import static vostan.test.Checks.check;
+import static vostan.test.Checks.near;
+
 /**
  * Native arrays from Java: a skinned square drawn from arrays into a render texture and shown on
  * the window, copies in and out of records, wrong calls that must change nothing, and arrays that
@@ -18,23 +21,9 @@ public final class ArrayEndToEnd {
   private static final int WHITE = 0xFFFFFF;
   private static final int BLUE = 0x0000FF;
 
-  private static int failures = 0;
-
-  private static void check(boolean ok, String what) {
-    System.out.println((ok ? "ok   " : "FAIL ") + what);
-    if (!ok) failures++;
-  }
-
-  private static boolean near(int argb, int expected) {
-    for (int shift = 0; shift < 24; shift += 8) {
-      if (Math.abs(((argb >> shift) & 0xFF) - ((expected >> shift) & 0xFF)) > 2) return false;
-    }
-    return true;
-  }
-
   private static void pixel(int x, int y, int expected, String what) {
     int p = GfxHooks.pixel(x, y);
-    check(near(p, expected), what + ": " + String.format("%06x", p & 0xFFFFFF));
+    check(near(p, expected, 2), what + ": " + String.format("%06x", p & 0xFFFFFF));
   }
 
   private static float[] translate(float x, float y) {
@@ -185,7 +174,6 @@ public final class ArrayEndToEnd {
     WinConsole.n_free();
     WinConsole.n_disposeGraphics();
     WinConsole.n_disposeDisplay();
-    System.out.println(failures == 0 ? "all passed" : failures + " failed");
-    System.exit(failures == 0 ? 0 : 1);
+    Checks.finish();
   }
 }
