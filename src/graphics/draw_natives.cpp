@@ -22,6 +22,9 @@ D3DGraphics* withDevice() {
 class JavaIndices final : public D3DGraphics::IndexSource {
  public:
   JavaIndices(JNIEnv* env, jshortArray array) : env_(env), array_(array) {}
+  ~JavaIndices() { release(); }
+  JavaIndices(const JavaIndices&) = delete;
+  JavaIndices& operator=(const JavaIndices&) = delete;
   const uint16_t* acquire() override {
     data_ = env_->GetPrimitiveArrayCritical(array_, nullptr);
     return static_cast<const uint16_t*>(data_);

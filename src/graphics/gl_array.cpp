@@ -233,7 +233,7 @@ GLArrayRecord* GLArrayTable::allocate() {
 
 GLArrayRecord* GLArrayTable::create(int32_t kind, int32_t size, bool withData, const void* data,
                                     int64_t dataBytes) {
-  if (size < 0 || (data && dataBytes < size)) return nullptr;
+  if (size < 0 || size > kMaxBytes || (data && dataBytes < size)) return nullptr;
   // Made with data near the table's end, a record first makes room.
   if (withData) compactIfCrowded();
   GLArrayRecord* r = allocate();

@@ -76,6 +76,9 @@ class GLArrayTable {
   static constexpr int kMaxArrays = 15000;
   // Handing out slots past this many runs the deletion list first.
   static constexpr int kCompactThreshold = 9500;
+  // Larger records are refused: 16-bit indices reach 65536 vertices of at
+  // most 16 bytes, and a device buffer this size is already a great deal.
+  static constexpr int32_t kMaxBytes = 64 << 20;
 
   GLArrayTable();
   ~GLArrayTable();
@@ -86,7 +89,8 @@ class GLArrayTable {
   GLArrayRecord* allocate();
   // A record of `size` bytes of `kind`; with `withData`, the first `size`
   // of the `dataBytes` at `data` copied in (null data: none). Null when the
-  // size or the data do not fit, or the table is full.
+  // size is negative or above kMaxBytes, the data are shorter, or the table
+  // is full.
   GLArrayRecord* create(int32_t kind, int32_t size, bool withData, const void* data,
                         int64_t dataBytes);
   // Takes back a record that allocate() just gave out and nobody has seen.

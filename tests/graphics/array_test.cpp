@@ -123,6 +123,7 @@ TEST_F(Arrays, CopiesThatLeaveARecordOrTheMemoryAreRefused) {
   // Data shorter than the record asked for makes none.
   EXPECT_EQ(graphics->arrays.create(arraykind::kVertex, 64, true, data.data(), 32), nullptr);
   EXPECT_EQ(graphics->arrays.create(arraykind::kVertex, -1, false, nullptr, -1), nullptr);
+  EXPECT_EQ(graphics->arrays.create(arraykind::kVertex, INT_MAX, false, nullptr, -1), nullptr);
 }
 
 TEST_F(Arrays, SlotsComeBackLastInFirstOutOnlyAfterACompact) {

@@ -11,12 +11,16 @@ package mirelo.gfx;
 public final class GLArray {
   private GLArray() {}
 
-  /** A record of {@code size} bytes of {@code kind} without data; 0 when none is left. */
+  /**
+   * A record of {@code size} bytes of {@code kind} without data; 0 when none is left or the size
+   * is negative or above 64 MB.
+   */
   public static native long newGLArray(int kind, int size);
 
   /**
    * A record of {@code size} bytes of {@code kind}, filled from the start of the primitive array
-   * {@code data} (null: no data). 0 when the array is shorter than {@code size} or none is left.
+   * {@code data} (null: no data). 0 when the array is shorter than {@code size}, the size is
+   * negative or above 64 MB, or none is left.
    */
   public static native long newGLArray(int kind, int size, Object data);
 
