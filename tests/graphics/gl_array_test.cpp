@@ -123,27 +123,37 @@ TEST_F(ArrayPixels, IndexedMeshEqualsTheSameTrianglesDrawnImmediately) {
     }
   const int32_t count = static_cast<int32_t>(indices.size());
 
-  clearTo(0, 0, 0);
-  g->begin(4);
-  for (uint16_t v : indices) {
-    g->currentVertex.color = colours[v];
-    g->vertex3f(positions[v * 3], positions[v * 3 + 1], positions[v * 3 + 2]);
-  }
-  g->end();
-  const auto immediate = readBack();
+  auto immediately = [&] {
+    clearTo(0, 0, 0);
+    g->begin(4);
+    for (uint16_t v : indices) {
+      g->currentVertex.color = colours[v];
+      g->vertex3f(positions[v * 3], positions[v * 3 + 1], positions[v * 3 + 2]);
+    }
+    g->end();
+    return readBack();
+  };
+  const auto immediate = immediately();
 
+  GLArrayRecord* colourArray = array(arraykind::kColor, colours.data(), 4 * kSide * kSide);
   g->pointer(arraykind::kVertex,
              array(arraykind::kVertex, positions.data(), 4 * kSide * kSide * 3));
-  g->pointer(arraykind::kColor, array(arraykind::kColor, colours.data(), 4 * kSide * kSide));
+  g->pointer(arraykind::kColor, colourArray);
   clearTo(0, 0, 0);
   g->drawIndexed(0, kSide * kSide - 1, count, indices.data());
   EXPECT_EQ(readBack(), immediate);
 
-  // The same from resident indices.
+  // A row of colours rewritten in the middle of the array reaches the next
+  // draw, from resident indices this time.
+  for (int v = kSide; v < 2 * kSide; ++v) colours[v] = 0xFFFFFFFFu - colours[v];
+  copyMemoryToRecord(reinterpret_cast<const uint8_t*>(colours.data()), 4 * kSide * kSide, 4 * kSide,
+                     colourArray, 4 * kSide, 4 * kSide);
+  const auto changed = immediately();
+  EXPECT_NE(changed, immediate);
   clearTo(0, 0, 0);
   g->drawIndexedResident(0, kSide * kSide - 1, count,
                          array(arraykind::kIndex, indices.data(), count * 2));
-  EXPECT_EQ(readBack(), immediate);
+  EXPECT_EQ(readBack(), changed);
 }
 
 // A small square whose four corners share their weights is moved by the
