@@ -290,9 +290,4 @@ void GLArrayTable::compactIfCrowded() {
   if (count_ >= kCompactThreshold && freeCount_ == 0) compact();
 }
 
-std::size_t GLArrayTable::pendingCapacity() const {
-  std::lock_guard<std::mutex> lock(pendingLock_);
-  return pending_.capacity();
-}
-
 }  // namespace vostan

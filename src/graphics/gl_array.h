@@ -109,7 +109,6 @@ class GLArrayTable {
 
   int count() const { return count_; }
   int freeCount() const { return freeCount_; }
-  std::size_t pendingCapacity() const;
   GLArrayRecord& at(int i) { return records_[i]; }
 
  private:
@@ -117,7 +116,7 @@ class GLArrayTable {
   int count_ = 0;
   GLArrayRecord** free_;
   int freeCount_ = 0;
-  mutable std::mutex pendingLock_;
+  std::mutex pendingLock_;
   std::vector<int64_t> pending_;
 };
 
