@@ -17,6 +17,7 @@ public final class SkinnedFigure {
   private static final int GL_BLEND = 3042;
   private static final int CLEAR_ALL = 0x4000 | 0x100 | 0x400;
   private static final int SIZE = 256;
+  private static final int SHOWN = 192;  // pixels a side on the window
   /** The B key, which switches the bloom. */
   public static final int KEY_BLOOM = 66;
 
@@ -108,7 +109,7 @@ public final class SkinnedFigure {
     return true;
   }
 
-  /** Draws the figure's picture in the lower right corner of a window of `width` by `height`. */
+  /** Draws the figure's picture on the right of a window of `width` by `height`. */
   public void draw(long millis, int width, int height) {
     double t = millis / 1000.0;
     float sway = (float) (0.35 * Math.sin(t * Math.PI));
@@ -172,7 +173,8 @@ public final class SkinnedFigure {
       GLGraphics.n_mglFinishRenderTexture();
     }
 
-    GLGraphics.n_mglViewPort(width - SIZE - 16, 16, SIZE, SIZE);
+    // On the right, below the sun and the web view, above the text lines.
+    GLGraphics.n_mglViewPort(width - SHOWN - 16, height - 168 - SHOWN, SHOWN, SHOWN);
     GLGraphics.n_mglSetMatrix(0, identity());
     GLGraphics.n_mglSetEnable(GL_BLEND, false);
     GLGraphics.n_mglColor3f(1, 1, 1);
