@@ -50,6 +50,8 @@ play_user() {
   xdotool click 4 sleep 0.2 click 5 sleep 0.3
   xdotool type --delay 120 "Hello"
   sleep 0.3
+  xdotool key b  # the figure's bloom off
+  sleep 0.3
   xdotool key F10
 }
 play_user &

@@ -258,6 +258,10 @@ void D3DGraphics::disposeDevice() {
   freeTextureCount = 0;
   releaseAndNull(dynamicIndexBuffer);
   for (auto*& block : stateBlocks) releaseAndNull(block);
+  // Native arrays outlive the device: their bytes go back to system memory.
+  for (int i = 0; i < arrays.count(); ++i) arrays.at(i).unload();
+  releaseAndNull(renderTargetSurface);
+  renderTextureHeight = 0;
   releaseAndNull(device);
 }
 
@@ -326,6 +330,9 @@ int32_t D3DGraphics::resetDevice() {
   }
   releaseAndNull(dynamicIndexBuffer);
   for (auto*& block : stateBlocks) releaseAndNull(block);
+  // A render texture still drawn into would keep the reset from working.
+  releaseAndNull(renderTargetSurface);
+  renderTextureHeight = 0;
 
   int failures = 0;
   for (;;) {

@@ -4,6 +4,7 @@
 // immediate-mode batch and the tables of textures.
 #include <cstdint>
 
+#include "graphics/gl_array.h"
 #include "platform/gfx/gfx.h"
 
 namespace vostan {
@@ -133,6 +134,37 @@ class D3DGraphics {
     vertex3f(x, y, 0.0f);
   }
 
+  // Native arrays and indexed drawing. A record bound by pointer() stays
+  // bound until it is replaced or cleared.
+  void pointer(int32_t kind, GLArrayRecord* record);
+  // Draws `count` 16-bit indices as a triangle list from the bound arrays;
+  // `start` and `end` bound the indices that occur. Draws nothing when an
+  // index would reach past a bound array or the dynamic buffer's room.
+  struct IndexSource {
+    // The indices, held only for the time of their copy; null for none.
+    virtual const uint16_t* acquire() = 0;
+    virtual void release() = 0;
+
+   protected:
+    ~IndexSource() = default;
+  };
+  void drawIndexed(int32_t start, int32_t end, int32_t count, IndexSource& indices);
+  void drawIndexed(int32_t start, int32_t end, int32_t count, const uint16_t* indices);
+  void drawIndexedResident(int32_t start, int32_t end, int32_t count, GLArrayRecord* indices);
+  // The stream flags of the bound arrays: 1 position, 2 texture
+  // coordinates, 4 colours, 8 weights.
+  int32_t streamFlags() const;
+  static constexpr int32_t kDynamicIndices = 32768;
+
+  // Render to texture and shadows
+  void startRenderTexture(TextureEntry* entry, int32_t x, int32_t y, int32_t width, int32_t height);
+  void finishRenderTexture();
+  void setupShadow(TextureEntry* depthMap, const float* matrix, uint32_t rgba);
+  void finishShadow();
+  // The entry of a texture handle this object handed out; null for 0 and
+  // for anything else.
+  TextureEntry* liveTextureEntry(int32_t handle) const;
+
   // The height the viewport and scissor flip against: the console's client
   // area, or the texture being drawn into.
   int32_t targetHeight() const;
@@ -165,6 +197,10 @@ class D3DGraphics {
   int32_t currentStage = 0;
   TextureEntry* boundTextures[kStages] = {};
   int32_t renderTextureHeight = 0;  // 0: drawing to the back buffer
+  // Level 0 of the render texture drawn into, with a reference; null for
+  // the back buffer.
+  gfx::Surface* renderTargetSurface = nullptr;
+  int32_t renderTargetWidth = 0;
 
   ImmediateVertex currentVertex;
   int32_t beginMode = 0;
@@ -172,6 +208,10 @@ class D3DGraphics {
   int32_t verticesPerPrimitive = 0, primitiveAdjust = 0;
   int32_t vertexCount = 0;
   ImmediateVertex vertices[kMaxVertices];
+
+  GLArrayRecord *vertexArray = nullptr, *texCoordArray = nullptr, *colorArray = nullptr,
+                *weightArray = nullptr;
+  GLArrayTable arrays;
 
   gfx::VertexDeclaration* vertexDeclarations[16] = {};
   gfx::IndexBuffer* dynamicIndexBuffer = nullptr;
@@ -202,6 +242,11 @@ class D3DGraphics {
   float lightingColor[4] = {1.0f, 1.0f, 1.0f, 1.0f};
 
  private:
+  // Vertices every bound array has room for.
+  uint32_t boundVertexCapacity() const;
+  // Technique, streams, colour and declaration of an indexed draw.
+  void bindArrays();
+  void drawBoundTriangles(int32_t start, int32_t end, int32_t count);
   void releaseDeviceObjects();
   void fetchSurfaces();
   void createStateBlocks();

@@ -16,10 +16,19 @@ template <class Base>
 void GLBuffer<Base>::bind(uint32_t target) {
   if (!name_) glGenBuffers(1, &name_);
   glBindBuffer(target, name_);
-  if (!stale_) return;
-  stale_ = false;
   auto& bytes = this->bytes();
-  glBufferData(target, static_cast<GLsizeiptr>(bytes.size()), bytes.data(), GL_STATIC_DRAW);
+  const auto size = static_cast<GLsizeiptr>(bytes.size());
+  // The default pool holds what is written again and again.
+  BufferDesc desc;
+  this->getDesc(desc);
+  const GLenum usage = desc.pool == POOL_DEFAULT ? GL_STREAM_DRAW : GL_STATIC_DRAW;
+  if (!allocated_ || (dirtyFrom_ == 0 && dirtyTo_ == bytes.size())) {
+    glBufferData(target, size, bytes.data(), usage);
+    allocated_ = true;
+  } else if (dirtyTo_ > dirtyFrom_) {
+    glBufferSubData(target, dirtyFrom_, dirtyTo_ - dirtyFrom_, bytes.data() + dirtyFrom_);
+  }
+  dirtyFrom_ = UINT32_MAX, dirtyTo_ = 0;
 }
 
 template class GLBuffer<VertexBuffer>;

@@ -36,6 +36,10 @@ class RecordingEffect : public EffectCore {
     recorder_->note("Effect.SetFloatArray(%s,%s)", p ? nameOf(p) : "null", values.c_str());
     return EffectCore::setFloatArray(p, v, count);
   }
+  HRESULT setVector(EffectHandle p, const float v[4]) override {
+    recorder_->note("Effect.SetVector(%s)", p ? nameOf(p) : "null");
+    return EffectCore::setVector(p, v);
+  }
   HRESULT setMatrix(EffectHandle p, const float m[16]) override {
     recorder_->note("Effect.SetMatrix(%s,%g)", p ? nameOf(p) : "null", m[0]);
     return EffectCore::setMatrix(p, m);
@@ -74,6 +78,24 @@ class RecordingEffect : public EffectCore {
 
  private:
   RecordingDevice* recorder_;
+};
+
+// Buffers whose locks are written to the log, as "Lock(vb,0,48,0x2000)".
+template <class Base>
+class RecordingBuffer : public MemoryBuffer<Base> {
+ public:
+  RecordingBuffer(const BufferDesc& desc, RecordingDevice* device, const char* name)
+      : MemoryBuffer<Base>(desc), recorder_(device), name_(name) {}
+  HRESULT lock(uint32_t offset, uint32_t size, void** out, uint32_t flags) override {
+    recorder_->note("Lock(%s,%u,%u,0x%x)", name_, offset, size, flags);
+    // A lock past the end would hand out memory the buffer does not have.
+    if (uint64_t{offset} + size > this->bytes().size()) return kInvalidCall;
+    return MemoryBuffer<Base>::lock(offset, size, out, flags);
+  }
+
+ private:
+  RecordingDevice* recorder_;
+  const char* name_;
 };
 
 }  // namespace
@@ -303,14 +325,15 @@ HRESULT RecordingDevice::createTexture(uint32_t width, uint32_t height, uint32_t
 HRESULT RecordingDevice::createVertexBuffer(uint32_t size, uint32_t usage, uint32_t fvf,
                                             int32_t pool, VertexBuffer** out) {
   note("CreateVertexBuffer(%u,%u,%u,%d)", size, usage, fvf, pool);
-  *out = new MemoryVertexBuffer(BufferDesc{FMT_UNKNOWN, usage, pool, size, fvf});
+  *out = new RecordingBuffer<VertexBuffer>(BufferDesc{FMT_UNKNOWN, usage, pool, size, fvf}, this,
+                                           "vb");
   return OK;
 }
 
 HRESULT RecordingDevice::createIndexBuffer(uint32_t size, uint32_t usage, int32_t format,
                                            int32_t pool, IndexBuffer** out) {
   note("CreateIndexBuffer(%u,%u,%d,%d)", size, usage, format, pool);
-  *out = new MemoryIndexBuffer(BufferDesc{format, usage, pool, size, 0});
+  *out = new RecordingBuffer<IndexBuffer>(BufferDesc{format, usage, pool, size, 0}, this, "ib");
   return OK;
 }
 

@@ -10,10 +10,11 @@ import mirelo.mwt.event.MouseEvent;
 /**
  * The engine's demo: opens the game window and runs a game's main loop in it. Each frame it pumps
  * the window's events and prints them, draws a rotating quad scene with the build's movie playing
- * on a textured quad, writes a frame counter and the last events in a system font, and swaps. A
- * mouse press plays a click panned to where it happened, over the song the build synthesised,
- * and names the movie clip under the pointer; a key changes the song on the beat. The first game
- * controller's stick moves the quad and its buttons play the click.
+ * on a textured quad and a skinned figure casting a shadow (B switches its bloom), writes a frame
+ * counter and the last events in a system font, and swaps. A mouse press plays a click panned to
+ * where it happened, over the song the build synthesised, and names the movie clip under the
+ * pointer; any other key changes the song on the beat. The first game controller's stick moves
+ * the quad and its buttons play the click.
  *
  * <p>System properties: vostan.song and vostan.movie (the build's files), vostan.frames (a folder
  * that receives PNG pictures of a few frames and a WAV of the music).
@@ -43,6 +44,7 @@ public final class Demo {
     MovieQuad movie = graphics ? MovieQuad.open(System.getProperty("vostan.movie")) : null;
     if (movie != null) System.out.println(movie.describe());
     TextOverlay text = graphics ? TextOverlay.open("DejaVu Sans") : null;
+    SkinnedFigure figure = graphics ? new SkinnedFigure() : null;
 
     InputEcho.start();
     AudioManagerWin32 audio = new AudioManagerWin32();
@@ -81,9 +83,9 @@ public final class Demo {
             System.out.println("         " + song.description + (song.playing() ? ", playing" : ""));
           }
         }
-        if (song != null && e instanceof KeyEvent
-            && ((KeyEvent) e).getID() == KeyEvent.KEY_PRESSED) {
-          System.out.println("         " + song.change());
+        if (e instanceof KeyEvent && ((KeyEvent) e).getID() == KeyEvent.KEY_PRESSED) {
+          boolean figures = figure != null && figure.keyPressed(((KeyEvent) e).getKeyCode());
+          if (!figures && song != null) System.out.println("         " + song.change());
         }
         if (e instanceof MouseEvent && ((MouseEvent) e).getID() == MouseEvent.MOUSE_PRESSED) {
           MouseEvent m = (MouseEvent) e;
@@ -112,6 +114,7 @@ public final class Demo {
         long now = WinConsole.n_getTimeMillis() - start;
         scene.draw(WIDTH, HEIGHT, QuadScene.angleAt(now));
         if (movie != null) movie.draw(now, WIDTH, HEIGHT);
+        figure.draw(now, WIDTH, HEIGHT);
         if (text != null) text.draw(frames, now, WIDTH, HEIGHT);
         // A few pictures spread over the run, for a run nobody watches; the spacing
         // avoids multiples of the movie's and the quad's loops, so each shows a new pose.
