@@ -13,6 +13,11 @@ public final class QuadScene {
   private static final int GL_TRIANGLE_FAN = 6;
   private static final int GL_QUADS = 7;
 
+  static {
+    // The picture writer lives outside the engine's library.
+    System.loadLibrary("vostan_demo");
+  }
+
   private final float[] matrix = new float[16];
   private float offsetX;
   private float offsetY;

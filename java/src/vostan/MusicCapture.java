@@ -1,4 +1,4 @@
-package vostan.demo;
+package vostan;
 
 import java.io.DataOutputStream;
 import java.io.FileOutputStream;
