@@ -14,7 +14,7 @@ import mirelo.app.win32.MDJSoundContextWin32;
  */
 public final class MusicCapture {
   static {
-    System.loadLibrary("vostan");
+    Vostan.load();
   }
 
   private MusicCapture() {}

@@ -7,7 +7,7 @@ package mirelo.app.win32;
  */
 public class AudioManagerWin32 {
   static {
-    System.loadLibrary("vostan");
+    vostan.Vostan.load();
   }
 
   public boolean init() {

@@ -10,7 +10,7 @@ import java.nio.ByteBuffer;
  */
 public class ClipSoundContextWin32 {
   static {
-    System.loadLibrary("vostan");
+    vostan.Vostan.load();
   }
 
   /** A panned stereo voice; 1 to 3 are 3D voices. */

@@ -11,7 +11,7 @@ package mirelo.app.win32;
  */
 public class MDJSoundContextWin32 {
   static {
-    System.loadLibrary("vostan");
+    vostan.Vostan.load();
   }
 
   /** The pending song starts at once; the other track stops. */
