@@ -10,44 +10,99 @@ public class AudioManagerWin32 {
     vostan.Vostan.load();
   }
 
+  /** Makes a manager; {@link #init} opens the device. */
+  public AudioManagerWin32() {}
+
+  /**
+   * Opens the sound device, with a 3D listener at the origin looking along z.
+   *
+   * @return whether the device could be opened; without it no sound plays
+   */
   public boolean init() {
     return initNative();
   }
 
-  /** Makes the listener settings given since the last commit audible, all at once. */
+  /**
+   * Makes the listener settings given since the last commit audible, all at once.
+   *
+   * @return 0, or a negative code when the device failed
+   */
   public int commit() {
     return commitNative();
   }
 
-  /** Position, front and top vectors; heard after {@link #commit}. */
+  /**
+   * Places the listener; heard after {@link #commit}.
+   *
+   * @param px position x
+   * @param py position y
+   * @param pz position z
+   * @param fx front vector x
+   * @param fy front vector y
+   * @param fz front vector z
+   * @param tx top vector x
+   * @param ty top vector y
+   * @param tz top vector z
+   * @return 0, or a negative code when the device failed
+   */
   public int setListener(float px, float py, float pz, float fx, float fy, float fz, float tx,
       float ty, float tz) {
     return setListenerNative(px, py, pz, fx, fy, fz, tx, ty, tz);
   }
 
-  /** Position, front and top, nine values. */
+  /**
+   * Where the listener stands and faces.
+   *
+   * @return nine values: position, front and top vectors
+   */
   public float[] getListener() {
     float[] values = new float[9];
     getListenerNative(values);
     return values;
   }
 
+  /**
+   * Sets the master volume of clip sounds, applied to each sound from its next play or volume
+   * change.
+   *
+   * @param volume linear factor, 1 at start
+   */
   public void setVolume(float volume) {
     setVolumeNative(volume);
   }
 
+  /**
+   * The master volume of clip sounds.
+   *
+   * @return linear factor
+   */
   public float getVolume() {
     return getVolumeNative();
   }
 
+  /**
+   * The master pan, which nothing changes.
+   *
+   * @return 1
+   */
   public float getPan() {
     return getPanNative();
   }
 
+  /**
+   * Kept for compatibility: the speaker setting is not changed.
+   *
+   * @param config ignored
+   */
   public void setSpeaker(int config) {
     setSpeakerNative(config);
   }
 
+  /**
+   * The speaker setting.
+   *
+   * @return 1
+   */
   public int getSpeaker() {
     return getSpeakerNative();
   }

@@ -15,14 +15,33 @@ public class ClipSoundContextWin32 {
 
   /** A panned stereo voice; 1 to 3 are 3D voices. */
   public static final int MODE_STEREO = 0;
+
+  /** A 3D voice placed by {@link Sound#setPosition}, heard from the listener. */
   public static final int MODE_3D = 1;
+
+  /** A 3D voice with light head-related filtering. */
   public static final int MODE_3D_HRTF_LIGHT = 2;
+
+  /** A 3D voice with full head-related filtering. */
   public static final int MODE_3D_HRTF_FULL = 3;
 
   private final ByteBuffer data; // read again whenever a lost voice is refilled
   private long handle;
 
-  /** Data must be a direct buffer of little-endian PCM. Throws if the device refuses it. */
+  /**
+   * Loads one clip into a pool of voices on the sound device, which {@link AudioManagerWin32#init}
+   * must have opened.
+   *
+   * @param frequency sample rate in hertz
+   * @param bits bits per sample, 8 or 16
+   * @param channels 1 or 2
+   * @param data a direct buffer of little-endian PCM, the whole of which is the clip; it is read
+   *     again whenever a lost voice is refilled, so keep its contents
+   * @param mode {@link #MODE_STEREO} or one of the 3D modes
+   * @param voices how many copies may sound at once
+   * @throws IllegalArgumentException when the buffer is not direct
+   * @throws IllegalStateException when the device refuses the clip
+   */
   public ClipSoundContextWin32(float frequency, int bits, int channels, ByteBuffer data,
       int mode, int voices) {
     if (!data.isDirect()) throw new IllegalArgumentException("the data must be a direct buffer");
@@ -31,17 +50,34 @@ public class ClipSoundContextWin32 {
     if (handle == 0) throw new IllegalStateException("no sound buffers for this clip");
   }
 
+  /** Frees the voices. Dispose the context's sounds first. */
   public void dispose() {
     disposeNative(handle);
     handle = 0;
   }
 
+  /**
+   * Makes a sound: one logical playing of the clip with its own settings, bound to a voice only
+   * while it plays.
+   *
+   * @param volume linear gain, 1 for the clip as recorded, 0 silent
+   * @param pan 0 left, 0.5 centre, 1 right; for stereo voices
+   * @param pitch playback speed, 0.5 to 2
+   * @param minDistance distance under which a 3D voice is heard at full volume
+   * @param maxDistance distance past which a 3D voice gets no quieter
+   * @return the sound
+   */
   public Sound createSound(float volume, float pan, float pitch, float minDistance,
       float maxDistance) {
     return new Sound(createSoundNative(handle, volume, pan, pitch, minDistance, maxDistance));
   }
 
-  /** A voice to play on, or -1; with steal set the oldest voice is taken when none is free. */
+  /**
+   * A voice to play on.
+   *
+   * @param steal when no voice is free, take the one that started first among those not looping
+   * @return the voice's index, or -1 when none is free and steal is false
+   */
   public int getFreeBufferIndex(boolean steal) {
     return getFreeBufferIndexNative(handle, steal ? 1 : 0);
   }
@@ -54,48 +90,150 @@ public class ClipSoundContextWin32 {
       this.sound = sound;
     }
 
-    /** Takes a free voice, or the oldest one, and plays on it. */
+    /**
+     * Takes a free voice, or the oldest one, and plays on it from the cursor.
+     *
+     * @param looping play again from the start at the end, until stopped
+     * @return whether it plays
+     */
     public boolean play(boolean looping) {
       int index = getFreeBufferIndex(true);
       return playNative(sound, index, looping);
     }
 
+    /**
+     * Plays on a given voice from the cursor, taking it from the sound that holds it.
+     *
+     * @param index the voice, from {@link ClipSoundContextWin32#getFreeBufferIndex}
+     * @param looping play again from the start at the end, until stopped
+     * @return whether it plays
+     */
     public boolean play(int index, boolean looping) {
       return playNative(sound, index, looping);
     }
 
+    /** Stops and gives the voice back; the cursor stays where it was. */
     public void stop() {
       stopNative(sound);
     }
 
-    /** The voice it plays on, or -1. */
+    /**
+     * The voice it plays on.
+     *
+     * @return the voice's index, or -1 when it does not play
+     */
     public int playing() {
       return playingNative(sound);
     }
 
+    /** Stops the sound and frees it. */
     public void dispose() {
       disposeSoundNative(sound);
       sound = 0;
     }
 
+    /**
+     * Sets the volume, heard at once when playing; scaled by the master volume.
+     *
+     * @param v linear gain, 0 silent, 1 as recorded
+     */
     public void setVolume(float v) { setVolumeNative(sound, v); }
+
+    /**
+     * The volume.
+     *
+     * @return linear gain
+     */
     public float getVolume() { return getVolumeNative(sound); }
+
+    /**
+     * Sets the pan of a stereo voice.
+     *
+     * @param v 0 left, 0.5 centre, 1 right
+     */
     public void setPan(float v) { setPanNative(sound, v); }
+
+    /**
+     * The pan.
+     *
+     * @return 0 left, 0.5 centre, 1 right
+     */
     public float getPan() { return getPanNative(sound); }
+
+    /**
+     * Sets the playback speed.
+     *
+     * @param v speed factor, clamped to 0.5 to 2
+     */
     public void setPitch(float v) { setPitchNative(sound, v); }
+
+    /**
+     * The playback speed.
+     *
+     * @return speed factor, 0.5 to 2
+     */
     public float getPitch() { return getPitchNative(sound); }
-    /** Where the next play starts, in frames; read back in bytes. */
+
+    /**
+     * Sets where the next play starts.
+     *
+     * @param frames sample frames from the start of the clip
+     */
     public void setCursor(int frames) { setCursorNative(sound, frames); }
+
+    /**
+     * Where the next play starts.
+     *
+     * @return bytes (not frames) from the start of the clip
+     */
     public int getCursor() { return getCursorNative(sound); }
+
+    /**
+     * Places a 3D voice; heard after {@link AudioManagerWin32#commit}.
+     *
+     * @param x position, in the listener's units
+     * @param y position
+     * @param z position
+     */
     public void setPosition(float x, float y, float z) { setPositionNative(sound, x, y, z); }
+
+    /**
+     * Where a 3D voice stands.
+     *
+     * @return x, y and z
+     */
     public float[] getPosition() {
       float[] p = new float[3];
       getPositionNative(sound, p);
       return p;
     }
+
+    /**
+     * Sets the distance under which a 3D voice is heard at full volume.
+     *
+     * @param v the distance
+     */
     public void setMinDistance(float v) { setMinDistanceNative(sound, v); }
+
+    /**
+     * The distance under which a 3D voice is heard at full volume.
+     *
+     * @return the distance
+     */
     public float getMinDistance() { return getMinDistanceNative(sound); }
+
+    /**
+     * Sets the distance past which a 3D voice gets no quieter.
+     *
+     * @param v the distance
+     */
     public void setMaxDistance(float v) { setMaxDistanceNative(sound, v); }
+
+    /**
+     * The distance past which a 3D voice gets no quieter.
+     *
+     * @return the distance
+     */
     public float getMaxDistance() { return getMaxDistanceNative(sound); }
   }
 
