@@ -140,23 +140,96 @@ public class VecMovie {
     return n_getClipParamv(clip, PARAM_NAME);
   }
 
+  /**
+   * Opens a movie, plain or compressed SWF, from part of a byte array; the bytes are copied.
+   *
+   * @param data the bytes
+   * @param offset where the movie starts in data
+   * @param length the movie's length in bytes
+   * @param width surface width in pixels
+   * @param height surface height in pixels
+   * @return the movie's handle, or 0 when the bytes are no movie
+   */
   native long n_init(byte[] data, int offset, int length, int width, int height);
 
+  /**
+   * Frees a movie, its clips and its surface.
+   *
+   * @param movie the handle; 0 does nothing
+   */
   native void n_dispose(long movie);
 
+  /**
+   * Gives a movie a new, empty surface of another size; the movie is scaled to it and redrawn whole
+   * at the next draw.
+   *
+   * @param movie the handle; 0 does nothing
+   * @param width surface width in pixels
+   * @param height surface height in pixels
+   */
   native void n_setSize(long movie, int width, int height);
 
+  /**
+   * Redraws what changed since the last draw and uploads the surface into the bound texture.
+   *
+   * @param movie the handle
+   * @param unused ignored
+   * @param x texel column of the surface's left edge
+   * @param y texel row of the surface's top edge
+   */
   native void n_drawToTexture(long movie, int unused, int x, int y);
 
+  /**
+   * Brings a clip's display list to a frame and marks what changed for the next draw.
+   *
+   * @param movie the clip's movie
+   * @param clip the clip
+   * @param frame the frame, 0 for the first
+   */
   native void n_moveClipFrame(long movie, long clip, int frame);
 
+  /**
+   * The clip of the main timeline.
+   *
+   * @param movie the handle
+   * @return the clip's handle
+   */
   native long n_getRootClip(long movie);
 
+  /**
+   * The clip under a surface pixel, as of the last draw.
+   *
+   * @param movie the handle
+   * @param x pixel column of the surface
+   * @param y pixel row of the surface
+   * @return the clip's handle, or 0; never the root clip
+   */
   native long n_getHitClip(long movie, int x, int y);
 
+  /**
+   * A number describing a movie.
+   *
+   * @param movie the handle
+   * @param id {@link #PARAM_FRAME_RATE} or {@link #PARAM_FRAME_COUNT}
+   * @return the value; 0 for another id
+   */
   native float n_getParamf(long movie, int id);
 
+  /**
+   * A number describing a clip.
+   *
+   * @param clip the clip's handle
+   * @param id {@link #PARAM_FRAME_COUNT}
+   * @return the value; 0 for another id
+   */
   native float n_getClipParamf(long clip, int id);
 
+  /**
+   * A text describing a clip.
+   *
+   * @param clip the clip's handle
+   * @param id {@link #PARAM_NAME}
+   * @return the value, or null for an unnamed clip or another id
+   */
   native String n_getClipParamv(long clip, int id);
 }

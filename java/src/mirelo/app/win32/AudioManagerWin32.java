@@ -107,22 +107,76 @@ public class AudioManagerWin32 {
     return getSpeakerNative();
   }
 
+  /**
+   * Opens the sound device with its primary buffer and 3D listener.
+   *
+   * @return whether it could be opened
+   */
   native boolean initNative();
 
+  /**
+   * Makes the deferred listener settings audible.
+   *
+   * @return 0, or a negative code
+   */
   native int commitNative();
 
+  /**
+   * Reads the listener.
+   *
+   * @param values receives position, front and top: nine values
+   */
   native void getListenerNative(float[] values);
 
+  /**
+   * Places the listener, deferred until the next commit.
+   *
+   * @param px position x
+   * @param py position y
+   * @param pz position z
+   * @param fx front x
+   * @param fy front y
+   * @param fz front z
+   * @param tx top x
+   * @param ty top y
+   * @param tz top z
+   * @return 0, or a negative code
+   */
   native int setListenerNative(float px, float py, float pz, float fx, float fy, float fz,
       float tx, float ty, float tz);
 
+  /**
+   * The master pan.
+   *
+   * @return 1
+   */
   native float getPanNative();
 
+  /**
+   * The speaker setting.
+   *
+   * @return 1
+   */
   native int getSpeakerNative();
 
+  /**
+   * Does nothing.
+   *
+   * @param config ignored
+   */
   native void setSpeakerNative(int config);
 
+  /**
+   * The master volume of clip sounds.
+   *
+   * @return linear factor
+   */
   native float getVolumeNative();
 
+  /**
+   * Sets the master volume of clip sounds, for each sound's next play or volume change.
+   *
+   * @param volume linear factor
+   */
   native void setVolumeNative(float volume);
 }

@@ -237,49 +237,196 @@ public class ClipSoundContextWin32 {
     public float getMaxDistance() { return getMaxDistanceNative(sound); }
   }
 
+  /**
+   * Loads a clip into a pool of voices: one buffer with the data and duplicates sharing it.
+   *
+   * @param frequency sample rate in hertz
+   * @param bits bits per sample
+   * @param channels 1 or 2
+   * @param data a direct buffer of little-endian PCM
+   * @param size bytes of data to use
+   * @param unused ignored
+   * @param mode {@link #MODE_STEREO} or a 3D mode
+   * @param count how many voices
+   * @return the context's handle, or 0 when the device refuses the clip
+   */
   native long initNative(float frequency, int bits, int channels, ByteBuffer data, int size,
       int unused, int mode, int count);
 
+  /**
+   * Frees a context and its voices.
+   *
+   * @param context the handle
+   */
   native void disposeNative(long context);
 
+  /**
+   * Makes a sound of a context, bound to no voice.
+   *
+   * @param context the handle
+   * @param volume linear gain
+   * @param pan 0 left to 1 right
+   * @param pitch speed factor, clamped to 0.5 to 2
+   * @param minDistance 3D distance of full volume
+   * @param maxDistance 3D distance past which it gets no quieter
+   * @return the sound's handle
+   */
   native long createSoundNative(long context, float volume, float pan, float pitch,
       float minDistance, float maxDistance);
 
+  /**
+   * Stops a sound and frees it.
+   *
+   * @param sound the handle
+   */
   native void disposeSoundNative(long sound);
 
+  /**
+   * A voice to play on.
+   *
+   * @param context the handle
+   * @param mode 1 takes the oldest voice that does not loop when none is free; else none is taken
+   * @return the voice, or -1
+   */
   native int getFreeBufferIndexNative(long context, int mode);
 
+  /**
+   * Plays a sound on a voice from its cursor, taking the voice from whichever sound holds it.
+   *
+   * @param sound the handle
+   * @param index the voice
+   * @param looping whether it plays again from the start at the end
+   * @return whether it plays
+   */
   native boolean playNative(long sound, int index, boolean looping);
 
+  /**
+   * The voice a sound plays on.
+   *
+   * @param sound the handle
+   * @return the voice, or -1
+   */
   native int playingNative(long sound);
 
+  /**
+   * Stops a sound and gives its voice back; the cursor stays.
+   *
+   * @param sound the handle
+   * @return -1
+   */
   native int stopNative(long sound);
 
+  /**
+   * Where the next play starts.
+   *
+   * @param sound the handle
+   * @return bytes from the start of the clip
+   */
   native int getCursorNative(long sound);
 
+  /**
+   * Sets where the next play starts.
+   *
+   * @param sound the handle
+   * @param frames sample frames from the start of the clip
+   */
   native void setCursorNative(long sound, int frames);
 
+  /**
+   * Where a 3D sound stands.
+   *
+   * @param sound the handle
+   * @param position receives x, y and z
+   */
   native void getPositionNative(long sound, float[] position);
 
+  /**
+   * Places a 3D sound; heard after the listener's commit.
+   *
+   * @param sound the handle
+   * @param x position
+   * @param y position
+   * @param z position
+   */
   native void setPositionNative(long sound, float x, float y, float z);
 
+  /**
+   * The distance of full volume.
+   *
+   * @param sound the handle
+   * @return the distance
+   */
   native float getMinDistanceNative(long sound);
 
+  /**
+   * Sets the distance of full volume.
+   *
+   * @param sound the handle
+   * @param distance the distance
+   */
   native void setMinDistanceNative(long sound, float distance);
 
+  /**
+   * The distance past which the sound gets no quieter.
+   *
+   * @param sound the handle
+   * @return the distance
+   */
   native float getMaxDistanceNative(long sound);
 
+  /**
+   * Sets the distance past which the sound gets no quieter.
+   *
+   * @param sound the handle
+   * @param distance the distance
+   */
   native void setMaxDistanceNative(long sound, float distance);
 
+  /**
+   * The pan.
+   *
+   * @param sound the handle
+   * @return 0 left to 1 right
+   */
   native float getPanNative(long sound);
 
+  /**
+   * Sets the pan of a stereo voice.
+   *
+   * @param sound the handle
+   * @param pan 0 left, 0.5 centre, 1 right
+   */
   native void setPanNative(long sound, float pan);
 
+  /**
+   * The playback speed.
+   *
+   * @param sound the handle
+   * @return speed factor
+   */
   native float getPitchNative(long sound);
 
+  /**
+   * Sets the playback speed.
+   *
+   * @param sound the handle
+   * @param pitch speed factor, clamped to 0.5 to 2
+   */
   native void setPitchNative(long sound, float pitch);
 
+  /**
+   * The volume.
+   *
+   * @param sound the handle
+   * @return linear gain
+   */
   native float getVolumeNative(long sound);
 
+  /**
+   * Sets the volume, scaled by the master volume.
+   *
+   * @param sound the handle
+   * @param volume linear gain
+   */
   native void setVolumeNative(long sound, float volume);
 }
