@@ -28,7 +28,7 @@ function(vostan_java_test name)
   endif()
   add_test(NAME ${VOSTAN_TEST_PREFIX}java.${name}
     COMMAND ${CMAKE_SOURCE_DIR}/scripts/java-test.sh
-      $<TARGET_FILE_DIR:vostan> ${VOSTAN_JAR}:${VOSTAN_TEST_JAR} ${A_CLASS} ${A_ARGS})
+      $<TARGET_FILE_DIR:vostan> ${VOSTAN_JAR}:${VOSTAN_DEMO_JAR}:${VOSTAN_TEST_JAR} ${A_CLASS} ${A_ARGS})
   set_tests_properties(${VOSTAN_TEST_PREFIX}java.${name} PROPERTIES
     ENVIRONMENT "JAVA_HOME=${JAVA_HOME};${A_ENV}" TIMEOUT 300)
 endfunction()

@@ -4,7 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/env.sh"
 LIB="$BUILD/main"
-CP="$LIB/java/vostan.jar"
+CP="$LIB/java/vostan.jar:$LIB/java/vostan-demo.jar"
 FRAMES="$LIB/demo-frames"
 run() {
   "$JAVA_HOME/bin/java" -Djava.library.path="$LIB" -Dvostan.song="$LIB/songs/demo.ogg" \

@@ -1,6 +1,6 @@
 package mirelo.app.win32;
 
-import vostan.demo.MusicCapture;
+import vostan.MusicCapture;
 
 /**
  * The music system from Java on the default device (a silent one at the pace of real time without

@@ -1,6 +1,6 @@
-// The natives of vostan.demo.MusicCapture: a copy of what the mixer writes to
-// the device, quarter by quarter, for a demo that nobody listens to and for
-// tests that compare samples.
+// The natives of vostan.MusicCapture: a copy of what the mixer writes to the
+// device, quarter by quarter, for a game that records its music, a demo that
+// nobody listens to and tests that compare samples.
 #include <jni.h>
 
 #include <algorithm>
@@ -30,9 +30,8 @@ std::map<jlong, std::shared_ptr<Capture>> captures;
 
 using vostan::MDJSoundContext;
 
-extern "C" JNIEXPORT jboolean JNICALL Java_vostan_demo_MusicCapture_start(JNIEnv* env, jclass,
-                                                                          jlong handle,
-                                                                          jint maxFrames) {
+extern "C" JNIEXPORT jboolean JNICALL Java_vostan_MusicCapture_start(JNIEnv* env, jclass,
+                                                                     jlong handle, jint maxFrames) {
   if (maxFrames <= 0) return JNI_FALSE;
   try {
     auto capture = std::make_shared<Capture>();
@@ -57,8 +56,8 @@ extern "C" JNIEXPORT jboolean JNICALL Java_vostan_demo_MusicCapture_start(JNIEnv
   return JNI_FALSE;
 }
 
-extern "C" JNIEXPORT jshortArray JNICALL Java_vostan_demo_MusicCapture_stop(JNIEnv* env, jclass,
-                                                                            jlong handle) {
+extern "C" JNIEXPORT jshortArray JNICALL Java_vostan_MusicCapture_stop(JNIEnv* env, jclass,
+                                                                       jlong handle) {
   vostan::withMusicContext(handle, 0, [](MDJSoundContext& c) {
     c.setTap(nullptr);
     return 0;

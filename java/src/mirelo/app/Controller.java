@@ -97,23 +97,87 @@ public class Controller {
     n_dispose(handle);
   }
 
+  /**
+   * Does nothing: controllers live until the next scan.
+   *
+   * @param handle the controller
+   */
   native void n_dispose(long handle);
 
+  /**
+   * Reads the device's state and sends a changed force.
+   *
+   * @param handle the controller
+   */
   native void n_poll(long handle);
 
+  /**
+   * How many axes the device has.
+   *
+   * @param handle the controller
+   * @return the count
+   */
   native int n_getNumAxes(long handle);
 
+  /**
+   * An axis at the last poll.
+   *
+   * @param handle the controller
+   * @param axis 0 to 5: X, Y, Z, rotation X, rotation Y, rotation Z
+   * @return -1 to 1; 0 for any other axis
+   */
   native float n_getAxesValue(long handle, int axis);
 
+  /**
+   * How many buttons the device has.
+   *
+   * @param handle the controller
+   * @return the count
+   */
   native int n_getNumButtons(long handle);
 
+  /**
+   * Whether a button was down at the last poll.
+   *
+   * @param handle the controller
+   * @param index the button
+   * @return false outside the device's buttons
+   */
   native boolean n_isButtonPressed(long handle, int index);
 
+  /**
+   * Hat switches are not delivered.
+   *
+   * @param handle the controller
+   * @return 0
+   */
   native int n_getNumHatSwitches(long handle);
 
+  /**
+   * Hat switches are not delivered.
+   *
+   * @param handle the controller
+   * @param hat ignored
+   * @return 0
+   */
   native float n_getHatSwitchValue(long handle, int hat);
 
+  /**
+   * Whether the device can push back.
+   *
+   * @param handle the controller
+   * @return true when it has force axes
+   */
   native boolean n_hasForceFeedback(long handle);
 
+  /**
+   * Asks for a constant force, sent at the next poll; (0, 0) stops it.
+   *
+   * @param handle the controller
+   * @param x force along X, -1 to 1
+   * @param y force along Y, -1 to 1
+   * @param duration milliseconds until it stops; 0 or less for no end
+   * @return false for a controller that is gone
+   */
   native boolean n_setForceFeedback(long handle, float x, float y, int duration);
 }

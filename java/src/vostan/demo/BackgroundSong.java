@@ -4,6 +4,7 @@ import java.io.File;
 import java.io.IOException;
 import mirelo.app.win32.AudioManagerWin32;
 import mirelo.app.win32.MDJSoundContextWin32;
+import vostan.MusicCapture;
 
 /**
  * The songs the build synthesises, on the music mixer: the first plays from the start, and each

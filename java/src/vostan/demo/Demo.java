@@ -6,6 +6,7 @@ import mirelo.app.win32.WinConsole;
 import mirelo.mwt.event.ApplicationEvent;
 import mirelo.mwt.event.KeyEvent;
 import mirelo.mwt.event.MouseEvent;
+import vostan.Vostan;
 
 /**
  * The engine's demo: opens the game window and runs a game's main loop in it. Each frame it pumps
@@ -28,7 +29,7 @@ public final class Demo {
   public static void main(String[] args) throws InterruptedException {
     final int seconds = args.length > 0 ? Integer.parseInt(args[0]) : 8;
     final String framesDir = System.getProperty("vostan.frames");
-    System.loadLibrary("vostan");
+    Vostan.load();
     WinConsole.n_init();
     if (!WinConsole.n_createWindow("vostan demo", WIDTH, HEIGHT, 1)) {
       System.out.println("could not open the window");

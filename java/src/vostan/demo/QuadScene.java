@@ -1,17 +1,23 @@
 package vostan.demo;
 
+import static mirelo.gfx.GL.GL_COLOR_BUFFER_BIT;
+import static mirelo.gfx.GL.GL_DEPTH_BUFFER_BIT;
+import static mirelo.gfx.GL.GL_QUADS;
+import static mirelo.gfx.GL.GL_TRIANGLE_FAN;
+import static mirelo.gfx.GL.GL_TRIANGLE_STRIP;
+
 import mirelo.gfx.GLGraphics;
+import mirelo.gfx.MatrixSlot;
 
 /**
  * The demo's picture: a rotating quad with a colour at each corner over a striped floor and a
  * yellow fan, drawn through GLGraphics between the console's makeCurrent and swapBuffers.
  */
 public final class QuadScene {
-  private static final int GL_COLOR_BUFFER_BIT = 0x4000;
-  private static final int GL_DEPTH_BUFFER_BIT = 0x100;
-  private static final int GL_TRIANGLE_STRIP = 5;
-  private static final int GL_TRIANGLE_FAN = 6;
-  private static final int GL_QUADS = 7;
+  static {
+    // The picture writer lives outside the engine's library.
+    System.loadLibrary("vostan_demo");
+  }
 
   private final float[] matrix = new float[16];
   private float offsetX;
@@ -98,6 +104,6 @@ public final class QuadScene {
     matrix[5] = c;
     matrix[10] = 1.0f;
     matrix[15] = 1.0f;
-    GLGraphics.n_mglSetMatrix(0, matrix);
+    GLGraphics.n_mglSetMatrix(MatrixSlot.TRANSFORM, matrix);
   }
 }

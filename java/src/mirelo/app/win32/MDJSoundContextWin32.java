@@ -11,7 +11,7 @@ package mirelo.app.win32;
  */
 public class MDJSoundContextWin32 {
   static {
-    System.loadLibrary("vostan");
+    vostan.Vostan.load();
   }
 
   /** The pending song starts at once; the other track stops. */
@@ -35,42 +35,77 @@ public class MDJSoundContextWin32 {
     handle = n_init();
   }
 
-  /** Whether the stream buffer could be made and the mixer runs. */
+  /**
+   * Whether the stream buffer could be made and the mixer runs.
+   *
+   * @return true while the context is open
+   */
   public boolean isOpen() {
     return handle != 0;
   }
 
-  /** The native handle, 0 when not open or disposed. */
+  /**
+   * The native handle.
+   *
+   * @return the handle, 0 when not open or disposed
+   */
   public long handle() {
     return handle;
   }
 
-  /** Names the song file (an Ogg Vorbis file with an "mdj" tag) that the next trick uses. */
+  /**
+   * Names the song file (an Ogg Vorbis file with an "mdj" tag) that the next trick uses.
+   *
+   * @param path the song file
+   * @return whether the mixer took the request; false for a closed context
+   */
   public boolean setSongFile(String path) {
     return n_setMDJSongFile(handle, path);
   }
 
-  /** Changes to the pending song by a trick code, such as {@link #TRICK_BEAT_SYNC}. */
+  /**
+   * Changes to the pending song by a trick code.
+   *
+   * @param trick a trick code, such as {@link #TRICK_BEAT_SYNC}
+   * @return whether the mixer took the request; false for a closed context
+   */
   public boolean setTrick(int trick) {
     return n_setMDJTrick(handle, trick);
   }
 
-  /** Starts the pending song at once; songs always loop, whatever the flag says. */
+  /**
+   * Starts the pending song at once.
+   *
+   * @param looping ignored: songs always loop
+   * @return whether the mixer took the request; false for a closed context
+   */
   public boolean play(boolean looping) {
     return n_play(handle, looping);
   }
 
-  /** The music's volume, a linear factor; 0.6 at start. */
+  /**
+   * Sets the music's volume.
+   *
+   * @param volume a linear factor; 0.6 at start
+   */
   public void setVolume(float volume) {
     n_setVolume(handle, volume);
   }
 
-  /** The music's volume. */
+  /**
+   * The music's volume.
+   *
+   * @return a linear factor
+   */
   public float getVolume() {
     return n_getPitch(handle);
   }
 
-  /** Floats written with {@link #writeStream} and not yet played, two per frame. */
+  /**
+   * How much of the stream is waiting.
+   *
+   * @return floats written with {@link #writeStream} and not yet played, two per frame
+   */
   public float getStreamSize() {
     return n_getStreamSize(handle);
   }
@@ -78,6 +113,8 @@ public class MDJSoundContextWin32 {
   /**
    * Adds interleaved stereo floats at 44100 Hz on top of the music. Keep the length even and the
    * queued amount below one second; other arrays are ignored.
+   *
+   * @param samples left and right samples, -1 to 1
    */
   public void writeStream(float[] samples) {
     n_writeStream(handle, samples);
@@ -89,14 +126,45 @@ public class MDJSoundContextWin32 {
     handle = 0;
   }
 
+  /**
+   * Makes the context: the stream buffer on the sound device and the mixer thread.
+   *
+   * @return the handle, or 0 when the device has no room
+   */
   native long n_init();
 
+  /**
+   * Stops the mixer thread and frees the context; later calls with the handle do nothing.
+   *
+   * @param handle the context
+   */
   native void n_dispose(long handle);
 
+  /**
+   * Names the song the next trick takes, opened on the mixer thread.
+   *
+   * @param handle the context
+   * @param path the song file
+   * @return whether the request was queued
+   */
   native boolean n_setMDJSongFile(long handle, String path);
 
+  /**
+   * Asks for a change to the pending song.
+   *
+   * @param handle the context
+   * @param trick a trick code
+   * @return whether the request was queued
+   */
   native boolean n_setMDJTrick(long handle, int trick);
 
+  /**
+   * Starts the pending song at once.
+   *
+   * @param handle the context
+   * @param looping ignored
+   * @return whether the request was queued
+   */
   native boolean n_play(long handle, boolean looping);
 
   /** Does nothing: stopping is {@link #TRICK_STOP}. */
@@ -105,6 +173,12 @@ public class MDJSoundContextWin32 {
   /** Always false. */
   native boolean n_playing(long handle);
 
+  /**
+   * Sets the music's volume.
+   *
+   * @param handle the context
+   * @param volume a linear factor
+   */
   native void n_setVolume(long handle, float volume);
 
   /** The volume, despite the name. */
