@@ -91,8 +91,9 @@ struct Builder {
   // Splits until the control polygon is at most 4 pixels long.
   void curve(ddFixed x0, ddFixed y0, ddFixed cx, ddFixed cy, ddFixed x1, ddFixed y1, int depth) {
     auto dist = [](ddFixed p, ddFixed q) { return std::abs(int64_t(q) - p); };
-    // Depth bounds the work on coordinates that wrapped into nonsense.
-    while (depth < 24 && dist(x0, cx) + dist(y0, cy) + dist(cx, x1) + dist(cy, y1) > 4096) {
+    // Depth bounds the work on coordinates that wrapped into nonsense: 16384
+    // pieces already cover a curve far longer than any surface.
+    while (depth < 14 && dist(x0, cx) + dist(y0, cy) + dist(cx, x1) + dist(cy, y1) > 4096) {
       ddFixed ax = (int64_t(x0) + cx) / 2, ay = (int64_t(y0) + cy) / 2;
       ddFixed bx = (int64_t(cx) + x1) / 2, by = (int64_t(cy) + y1) / 2;
       ddFixed mx = (int64_t(ax) + bx) / 2, my = (int64_t(ay) + by) / 2;
