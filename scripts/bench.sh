@@ -66,9 +66,10 @@ tex = load("textures")
 row("updateTexture 512 / glTexSubImage2D", speed(tex, "BM_UpdateTexture/512", "BM_PlainTexSubImage/512"), 0.5)
 
 pix = load("pixelsample")
-conv = [1 / r["vs_memcpy"] for r in pix.values() if r.get("vs_memcpy")]
-row("converters / memcpy, 4 MB, worst", min(conv) if conv else None, 0.5)
-row("converters / memcpy, 4 MB, median", statistics.median(conv) if conv else None, 0.5)
+for side, where in (("64", "in cache"), ("1024", "out of cache")):
+    conv = [1 / r["vs_memcpy"] for n, r in pix.items() if f"/{side}/" in n and r.get("vs_memcpy")]
+    row(f"converters / memcpy, {where}, worst", min(conv) if conv else None, 0.5)
+    row(f"converters / memcpy, {where}, median", statistics.median(conv) if conv else None, 0.5)
 
 movie = load("movie")
 row("movie parse / zlib inflate", speed(movie, "BM_ParseLargestPlain", "BM_InflateLargest"), 0.6)
