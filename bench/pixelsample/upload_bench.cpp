@@ -1,5 +1,7 @@
-// Throughput of a 1024x1024 texture transfer per format, driven row by row
-// through a row buffer as the texture store does. Bytes are those of the
+// Throughput of a texture transfer per format, 64x64 (in cache) and
+// 1024x1024 (not), driven row by row as the texture store does: in one pass
+// for the pairs it converts directly, else through the samples and a row
+// buffer. Bytes are those of the
 // larger of the two images, the least any transfer has to touch; each case
 // also copies that many bytes with memcpy in the same run and reports the
 // ratio of the best times (conversion / memcpy) as vs_memcpy.
@@ -10,12 +12,12 @@
 #include <cstring>
 #include <vector>
 
+#include "graphics/pixelsample/direct_rows.h"
 #include "graphics/pixelsample/sample_select.h"
 
 namespace vostan {
 namespace {
 
-constexpr int32_t kSide = 1024;
 using Clock = std::chrono::steady_clock;
 
 struct Image {
@@ -27,14 +29,15 @@ struct Image {
 
 // Samples are made for each transfer, as the store makes them.
 template <class MakeSource, class MakeTarget>
-void runTransfer(benchmark::State& state, int32_t srcSize, int32_t dstSize, MakeSource makeSource,
-                 MakeTarget makeTarget) {
-  const size_t srcBytes = size_t(srcSize) * kSide * kSide;
-  const size_t dstBytes = size_t(dstSize) * kSide * kSide;
+void runTransfer(benchmark::State& state, int32_t srcSize, int32_t dstSize, DirectRow direct,
+                 MakeSource makeSource, MakeTarget makeTarget) {
+  const int32_t side = int32_t(state.range(0));
+  const size_t srcBytes = size_t(srcSize) * side * side;
+  const size_t dstBytes = size_t(dstSize) * side * side;
   const size_t bytes = std::max(srcBytes, dstBytes);
   Image src(srcBytes), dst(dstBytes);
-  std::vector<uint32_t> row(kSide);
-  const int32_t pitch = dstSize * kSide;
+  std::vector<uint32_t> row(side);
+  const int32_t pitch = dstSize * side;
   Image from(bytes);
   std::vector<uint8_t> copy(bytes);
   // Each iteration times one transfer and one memcpy back to back, so that
@@ -42,11 +45,17 @@ void runTransfer(benchmark::State& state, int32_t srcSize, int32_t dstSize, Make
   double bestConvert = 1e9, bestCopy = 1e9;
   for (auto _ : state) {
     auto t0 = Clock::now();
-    auto source = makeSource(src.bytes.data());
-    auto target = makeTarget(dst.bytes.data());
-    for (int32_t r = 0; r < kSide; ++r) {
-      source->getPixels(row.data(), r * kSide, r * kSide + kSide);
-      target->setPixels(row.data(), dst.bytes.data() + size_t(r) * pitch, kSide);
+    if (direct.convert) {
+      for (int32_t r = 0; r < side; ++r)
+        direct.convert(src.bytes.data() + size_t(r) * srcSize * side,
+                       dst.bytes.data() + size_t(r) * pitch, side);
+    } else {
+      auto source = makeSource(src.bytes.data());
+      auto target = makeTarget(dst.bytes.data());
+      for (int32_t r = 0; r < side; ++r) {
+        source->getPixels(row.data(), r * side, r * side + side);
+        target->setPixels(row.data(), dst.bytes.data() + size_t(r) * pitch, side);
+      }
     }
     benchmark::ClobberMemory();
     const double convert = std::chrono::duration<double>(Clock::now() - t0).count();
@@ -67,27 +76,38 @@ void runTransfer(benchmark::State& state, int32_t srcSize, int32_t dstSize, Make
 // Caller memory in GL terms into an A8R8G8B8 texture.
 void memoryToTexture(benchmark::State& state, int32_t format, int32_t type, int32_t size) {
   runTransfer(
-      state, size, 4, [&](void* p) { return sampleForMemory(format, type, p); },
+      state, size, 4, directRowToSurface(format, type, d3dfmt::kA8R8G8B8),
+      [&](void* p) { return sampleForMemory(format, type, p); },
       [](void* p) { return sampleForSurface(d3dfmt::kA8R8G8B8, p); });
 }
 
 // 8-bit RGBA, as movies and fonts upload it, into each surface format.
 void rgbaToSurface(benchmark::State& state, int32_t format, int32_t size) {
   runTransfer(
-      state, 4, size, [](void* p) { return sampleForMemory(gl::kRgba, gl::kUnsignedByte, p); },
+      state, 4, size, directRowToSurface(gl::kRgba, gl::kUnsignedByte, format),
+      [](void* p) { return sampleForMemory(gl::kRgba, gl::kUnsignedByte, p); },
       [&](void* p) { return sampleForSurface(format, p); });
 }
 
 // Back from a surface into 8-bit RGBA memory, as a read-back does.
 void surfaceToRgba(benchmark::State& state, int32_t format, int32_t size) {
   runTransfer(
-      state, size, 4, [&](void* p) { return sampleForSurface(format, p); },
+      state, size, 4, directRowFromSurface(format, gl::kRgba, gl::kUnsignedByte),
+      [&](void* p) { return sampleForSurface(format, p); },
       [](void* p) { return sampleForMemory(gl::kRgba, gl::kUnsignedByte, p); });
 }
 
-#define SURFACE(name, size)                                                                     \
-  BENCHMARK_CAPTURE(rgbaToSurface, name, d3dfmt::k##name, size)->MinTime(0.2)->UseManualTime(); \
-  BENCHMARK_CAPTURE(surfaceToRgba, name, d3dfmt::k##name, size)->MinTime(0.2)->UseManualTime()
+#define SURFACE(name, size)                                     \
+  BENCHMARK_CAPTURE(rgbaToSurface, name, d3dfmt::k##name, size) \
+      ->Arg(64)                                                 \
+      ->Arg(1024)                                               \
+      ->MinTime(0.2)                                            \
+      ->UseManualTime();                                        \
+  BENCHMARK_CAPTURE(surfaceToRgba, name, d3dfmt::k##name, size) \
+      ->Arg(64)                                                 \
+      ->Arg(1024)                                               \
+      ->MinTime(0.2)                                            \
+      ->UseManualTime()
 SURFACE(A8R8G8B8, 4);
 SURFACE(X8R8G8B8, 4);
 SURFACE(R8G8B8, 3);
@@ -102,6 +122,8 @@ SURFACE(R16F, 2);
 
 #define MEMORY(format, type, size)                                                      \
   BENCHMARK_CAPTURE(memoryToTexture, format##_##type, gl::k##format, gl::k##type, size) \
+      ->Arg(64)                                                                         \
+      ->Arg(1024)                                                                       \
       ->MinTime(0.2)                                                                    \
       ->UseManualTime()
 MEMORY(Rgba, UnsignedByte, 4);

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "graphics/pixelsample/direct_rows.h"
 #include "graphics/pixelsample/sample_select.h"
 #include "platform/low_memory.h"
 
@@ -155,16 +156,28 @@ void updateTexture(TextureEntry* entry, Device*, int32_t, int32_t, int32_t x, in
     surface->release();
     return;
   }
-  // The samples only read through a source pointer.
-  std::unique_ptr<PixelSample> source = sampleForMemory(format, type, const_cast<void*>(pixels));
-  std::unique_ptr<PixelSample> target = sampleForSurface(entry->desc.format, locked.bits);
-  if (source && target) {
-    // One row at a time: no copy of the whole image exists.
-    std::unique_ptr<uint32_t[]> row(new uint32_t[static_cast<std::size_t>(width)]);
-    auto* bits = static_cast<uint8_t*>(locked.bits);
-    for (int32_t r = 0; r < height; ++r) {
-      source->getPixels(row.get(), r * width, r * width + width);
-      target->setPixels(row.get(), bits + static_cast<std::ptrdiff_t>(r) * locked.pitch, width);
+  auto* bits = static_cast<uint8_t*>(locked.bits);
+  // The common pairs in one pass; absent pixels go through the samples, which
+  // read them as zeros.
+  const DirectRow direct =
+      pixels ? directRowToSurface(format, type, entry->desc.format) : DirectRow{};
+  if (direct.convert) {
+    const auto* in = static_cast<const uint8_t*>(pixels);
+    const std::ptrdiff_t rowBytes = static_cast<std::ptrdiff_t>(width) * direct.sourceSize;
+    for (int32_t r = 0; r < height; ++r)
+      direct.convert(in + r * rowBytes, bits + static_cast<std::ptrdiff_t>(r) * locked.pitch,
+                     width);
+  } else {
+    // The samples only read through a source pointer.
+    std::unique_ptr<PixelSample> source = sampleForMemory(format, type, const_cast<void*>(pixels));
+    std::unique_ptr<PixelSample> target = sampleForSurface(entry->desc.format, locked.bits);
+    if (source && target) {
+      // One row at a time: no copy of the whole image exists.
+      std::unique_ptr<uint32_t[]> row(new uint32_t[static_cast<std::size_t>(width)]);
+      for (int32_t r = 0; r < height; ++r) {
+        source->getPixels(row.get(), r * width, r * width + width);
+        target->setPixels(row.get(), bits + static_cast<std::ptrdiff_t>(r) * locked.pitch, width);
+      }
     }
   }
   hr = surface->unlockRect();
@@ -194,9 +207,20 @@ void readPixels(D3DGraphics& g, Surface* surface, int32_t x, int32_t y, int32_t 
     if (g.inScene) device->beginScene();
     return;
   }
-  std::unique_ptr<PixelSample> source = sampleForSurface(desc.format, locked.bits);
-  std::unique_ptr<PixelSample> target = sampleForMemory(format, type, pixels);
-  if (source && target) {
+  const DirectRow direct = pixels ? directRowFromSurface(desc.format, format, type) : DirectRow{};
+  std::unique_ptr<PixelSample> source =
+      direct.convert ? nullptr : sampleForSurface(desc.format, locked.bits);
+  std::unique_ptr<PixelSample> target =
+      direct.convert ? nullptr : sampleForMemory(format, type, pixels);
+  if (direct.convert) {
+    const auto* in = static_cast<const uint8_t*>(locked.bits);
+    const std::ptrdiff_t rowBytes = static_cast<std::ptrdiff_t>(width) * direct.targetSize;
+    auto* out = static_cast<uint8_t*>(pixels);
+    // Whole pixels of the pitch, as the samples count it.
+    const std::ptrdiff_t pitch = locked.pitch / direct.sourceSize * direct.sourceSize;
+    for (int32_t r = 0; r < height; ++r)
+      direct.convert(in + r * pitch, out + (height - r - 1) * rowBytes, width);
+  } else if (source && target) {
     std::unique_ptr<uint32_t[]> row(new uint32_t[static_cast<std::size_t>(width)]);
     const int32_t stride = locked.pitch / source->getPixelSize();
     const std::ptrdiff_t rowBytes = static_cast<std::ptrdiff_t>(width) * target->getPixelSize();

@@ -70,6 +70,18 @@ uint32_t ddStream_readBits(ddStream* s, int n) {
   }
   uint64_t result = held;
   int need = n - (s->bitCount > 0 ? s->bitCount : 0);
+  if (s->ops == &ddStream_memoryOps && need > 0 && need <= 32 && s->pos + 8 <= s->present) {
+    // The next eight bytes in one big-endian word: the bits it takes, then the
+    // rest of the last byte it touched held as the byte loop below holds it.
+    uint64_t word;
+    std::memcpy(&word, s->data + s->pos, sizeof word);
+    word = __builtin_bswap64(word);
+    const int bytes = (need + 7) / 8;
+    s->pos += uint64_t(bytes);
+    s->bitCount = bytes * 8 - need;
+    s->bitBuffer = uint32_t(word >> (64 - bytes * 8)) & ((1u << s->bitCount) - 1);
+    return static_cast<uint32_t>(result << need | word >> (64 - need));
+  }
   while (need > 8) {
     result = (result << 8) | s->ops->readByte(s);
     need -= 8;
@@ -90,6 +102,8 @@ int32_t ddStream_readSBits(ddStream* s, int n) {
 
 uint8_t ddStream_readU8(ddStream* s) {
   s->bitCount = 0;
+  // Memory is read here rather than through the source's call.
+  if (s->ops == &ddStream_memoryOps) return memoryReadByte(s);
   return s->ops->readByte(s);
 }
 
