@@ -2,6 +2,7 @@
 
 #include <SDL.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -680,11 +681,30 @@ void D3DGraphics::begin(int32_t mode) {
   }
 }
 
+int32_t D3DGraphics::maxPrimitives() const {
+  // A mode that kept the last batch's type may count more primitives than
+  // the vertices hold; the draw never reads past the batch's array.
+  switch (primitiveType) {
+    case PT_LINELIST:
+      return kMaxVertices / 2;
+    case PT_TRIANGLELIST:
+      return kMaxVertices / 3;
+    case PT_LINESTRIP:
+      return kMaxVertices - 1;
+    case PT_TRIANGLESTRIP:
+    case PT_TRIANGLEFAN:
+      return kMaxVertices - 2;
+    default:
+      return kMaxVertices;
+  }
+}
+
 void D3DGraphics::end() {
   if (beginMode == 7) {
     // Quads to triangles in place, last quad first so nothing is overwritten
-    // before it is read: a b c d -> a b c, a c d.
-    const int n = vertexCount;
+    // before it is read: a b c d -> a b c, a c d. Only the quads whose
+    // triangles fit the batch are expanded.
+    const int n = vertexCount < kMaxQuadVertices ? vertexCount : kMaxQuadVertices;
     for (int k = n / 4 - 1; k >= 0; --k) {
       const ImmediateVertex a = vertices[4 * k], b = vertices[4 * k + 1], c = vertices[4 * k + 2],
                             d = vertices[4 * k + 3];
@@ -704,8 +724,11 @@ void D3DGraphics::end() {
   effect->begin(nullptr, 0);
   effect->beginPass(0);
   device->setFVF(FVF_XYZ | FVF_DIFFUSE | FVF_TEX1);
-  const int32_t count = vertexCount / verticesPerPrimitive + primitiveAdjust;
-  device->drawPrimitiveUP(primitiveType, static_cast<uint32_t>(count < 0 ? 0 : count), vertices,
+  // Before any mglBegin there is no primitive to count.
+  const int32_t count =
+      verticesPerPrimitive > 0 ? vertexCount / verticesPerPrimitive + primitiveAdjust : 0;
+  device->drawPrimitiveUP(primitiveType,
+                          static_cast<uint32_t>(std::clamp(count, 0, maxPrimitives())), vertices,
                           sizeof(ImmediateVertex));
   beginMode = 0;
   effect->endPass();

@@ -33,6 +33,8 @@ class D3DGraphics {
  public:
   static constexpr int kMaxTextures = 10000;
   static constexpr int kMaxVertices = 5000;
+  // Quads are expanded in place to six vertices each.
+  static constexpr int kMaxQuadVertices = kMaxVertices / 6 * 4;
   static constexpr int kStages = 8;
   static constexpr int kAttribDepth = 10;
   static constexpr int kSkinHandles = 32;
@@ -117,6 +119,8 @@ class D3DGraphics {
   // Immediate geometry
   void begin(int32_t mode);
   void end();
+  // Most primitives of the current type the batch's array can feed.
+  int32_t maxPrimitives() const;
   void texCoord2f(float u, float v) {
     currentVertex.u = u;
     currentVertex.v = v;
@@ -126,7 +130,8 @@ class D3DGraphics {
     currentVertex.x = x;
     currentVertex.y = y;
     currentVertex.z = z;
-    vertices[vertexCount++] = currentVertex;
+    // Past the batch's capacity the vertex is dropped.
+    if (vertexCount < kMaxVertices) vertices[vertexCount++] = currentVertex;
   }
   void t2fV2f(float u, float v, float x, float y) {
     currentVertex.u = u;

@@ -2,17 +2,16 @@
 // immediate geometry. All are static and act on theConsole->graphics.
 #include <jni.h>
 
+#include "bridge/native_guard.h"
 #include "console/win_console.h"
 #include "graphics/d3d_graphics.h"
+#include "graphics/graphics_access.h"
 
 using vostan::D3DGraphics;
+using vostan::readyGraphics;
 using vostan::theConsole;
 
 namespace {
-
-D3DGraphics& g() {
-  return *theConsole->graphics;
-}
 
 // The console's client area is what the viewport and scissor flip against.
 const bool kClientHeightHooked = [] {
@@ -25,111 +24,118 @@ const bool kClientHeightHooked = [] {
 #define GL_NATIVE(ret, name) extern "C" JNIEXPORT ret JNICALL Java_mirelo_gfx_GLGraphics_n_1##name
 
 GL_NATIVE(jstring, mglGetString)(JNIEnv* env, jclass, jint name) {
-  return env->NewStringUTF(g().getString(name));
+  D3DGraphics* g = readyGraphics();
+  return g ? env->NewStringUTF(g->getString(name)) : nullptr;
 }
 
 GL_NATIVE(void, mglSetEnable)(JNIEnv*, jclass, jint cap, jboolean value) {
-  g().setEnable(cap, value);
+  if (D3DGraphics* g = readyGraphics()) g->setEnable(cap, value);
 }
 GL_NATIVE(void, mglSetBlend)(JNIEnv*, jclass, jint mode) {
-  g().setBlend(mode);
+  if (D3DGraphics* g = readyGraphics()) g->setBlend(mode);
 }
 GL_NATIVE(void, mglAlphaFunc)(JNIEnv*, jclass, jint function, jfloat reference) {
-  g().alphaFunc(function, reference);
+  if (D3DGraphics* g = readyGraphics()) g->alphaFunc(function, reference);
 }
 GL_NATIVE(void, mglDepthFunc)(JNIEnv*, jclass, jint function) {
-  g().depthFunc(function);
+  if (D3DGraphics* g = readyGraphics()) g->depthFunc(function);
 }
 GL_NATIVE(void, mglDepthMask)(JNIEnv*, jclass, jboolean value) {
-  g().depthMask(value);
+  if (D3DGraphics* g = readyGraphics()) g->depthMask(value);
 }
 GL_NATIVE(void, mglStencilFunc)(JNIEnv*, jclass, jint function, jint reference, jint mask) {
-  g().stencilFunc(function, reference, mask);
+  if (D3DGraphics* g = readyGraphics()) g->stencilFunc(function, reference, mask);
 }
 GL_NATIVE(void, mglStencilOp)(JNIEnv*, jclass, jint fail, jint depthFail, jint pass) {
-  g().stencilOp(fail, depthFail, pass);
+  if (D3DGraphics* g = readyGraphics()) g->stencilOp(fail, depthFail, pass);
 }
 GL_NATIVE(void, mglColorMask)(JNIEnv*, jclass, jboolean value) {
-  g().colorMask(value);
+  if (D3DGraphics* g = readyGraphics()) g->colorMask(value);
 }
 GL_NATIVE(void, mglCullFace)(JNIEnv*, jclass, jint face) {
-  g().cullFace(face);
+  if (D3DGraphics* g = readyGraphics()) g->cullFace(face);
 }
 GL_NATIVE(void, mglFillMode)(JNIEnv*, jclass, jint mode) {
-  g().fillMode(mode);
+  if (D3DGraphics* g = readyGraphics()) g->fillMode(mode);
 }
 GL_NATIVE(void, mglShadeModel)(JNIEnv*, jclass, jint mode) {
-  g().shadeModel(mode);
+  if (D3DGraphics* g = readyGraphics()) g->shadeModel(mode);
 }
 GL_NATIVE(void, mglPolygonOffset)(JNIEnv*, jclass, jfloat bias) {
-  g().polygonOffset(bias);
+  if (D3DGraphics* g = readyGraphics()) g->polygonOffset(bias);
 }
 GL_NATIVE(void, mglScissor)(JNIEnv*, jclass, jint x, jint y, jint w, jint h) {
-  g().scissor(x, y, w, h);
+  if (D3DGraphics* g = readyGraphics()) g->scissor(x, y, w, h);
 }
 GL_NATIVE(void, mglViewPort)(JNIEnv*, jclass, jint x, jint y, jint w, jint h) {
-  g().viewPort(x, y, w, h);
+  if (D3DGraphics* g = readyGraphics()) g->viewPort(x, y, w, h);
 }
 GL_NATIVE(void, mglClearColor)(JNIEnv*, jclass, jfloat r, jfloat gr, jfloat b, jfloat a) {
-  g().setClearColor(r, gr, b, a);
+  if (D3DGraphics* g = readyGraphics()) g->setClearColor(r, gr, b, a);
 }
 GL_NATIVE(void, mglClear__I)(JNIEnv*, jclass, jint mask) {
-  g().clear(mask);
+  if (D3DGraphics* g = readyGraphics()) g->clear(mask);
 }
 GL_NATIVE(void, mglClear__IIIII)(JNIEnv*, jclass, jint mask, jint, jint, jint, jint) {
-  g().clear(mask);
+  if (D3DGraphics* g = readyGraphics()) g->clear(mask);
 }
 GL_NATIVE(void, mglPushAttrib)(JNIEnv*, jclass, jint) {
-  g().pushAttrib();
+  if (D3DGraphics* g = readyGraphics()) g->pushAttrib();
 }
 GL_NATIVE(void, mglPopAttrib)(JNIEnv*, jclass) {
-  g().popAttrib();
+  if (D3DGraphics* g = readyGraphics()) g->popAttrib();
 }
 
+// A matrix is 16 floats; a shorter array, or none, sets nothing.
 GL_NATIVE(void, mglSetMatrix)(JNIEnv* env, jclass, jint which, jfloatArray array) {
-  auto* m = static_cast<float*>(env->GetPrimitiveArrayCritical(array, nullptr));
-  if (!m) return;
-  g().setMatrix(which, m);
-  env->ReleasePrimitiveArrayCritical(array, m, JNI_ABORT);
+  D3DGraphics* g = readyGraphics();
+  if (!g) return;
+  vostan::PinnedArray m(env, array, vostan::ArrayKind::Float, 16);
+  if (m.data()) g->setMatrix(which, m.as<float>());
 }
 
 GL_NATIVE(void, mglTexGen)(JNIEnv* env, jclass, jint, jfloatArray array) {
-  auto* m = static_cast<float*>(env->GetPrimitiveArrayCritical(array, nullptr));
-  if (!m) return;
+  D3DGraphics* g = readyGraphics();
+  if (!g) return;
   float copy[16];
-  for (int i = 0; i < 16; ++i) copy[i] = m[i];
-  env->ReleasePrimitiveArrayCritical(array, m, JNI_ABORT);
-  g().texGen(copy);
+  {
+    vostan::PinnedArray m(env, array, vostan::ArrayKind::Float, 16);
+    if (!m.data()) return;
+    for (int i = 0; i < 16; ++i) copy[i] = m.as<float>()[i];
+  }
+  g->texGen(copy);
 }
 
 GL_NATIVE(void, mglTextureStageState)(JNIEnv*, jclass, jint name, jint value) {
-  g().textureStageState(name, value);
+  if (D3DGraphics* g = readyGraphics()) g->textureStageState(name, value);
 }
 GL_NATIVE(jint, mglGetTextureStageState)(JNIEnv*, jclass, jint name) {
-  return g().getTextureStageState(name);
+  D3DGraphics* g = readyGraphics();
+  return g ? g->getTextureStageState(name) : 0;
 }
 GL_NATIVE(void, mglLightingColor)(JNIEnv*, jclass, jfloat r, jfloat gr, jfloat b, jfloat a) {
-  g().setLightingColor(r, gr, b, a);
+  if (D3DGraphics* g = readyGraphics()) g->setLightingColor(r, gr, b, a);
 }
 GL_NATIVE(void, mglRenderMode)(JNIEnv*, jclass, jint mode) {
-  g().setRenderMode(mode);
+  if (D3DGraphics* g = readyGraphics()) g->setRenderMode(mode);
 }
 GL_NATIVE(void, mglDepthWrite)(JNIEnv*, jclass, jint mode) {
-  g().depthWrite(mode);
+  if (D3DGraphics* g = readyGraphics()) g->depthWrite(mode);
 }
 
 GL_NATIVE(void, mglColor4ub)(JNIEnv*, jclass, jbyte r, jbyte gr, jbyte b, jbyte a) {
-  g().color4ub(static_cast<uint8_t>(r), static_cast<uint8_t>(gr), static_cast<uint8_t>(b),
-               static_cast<uint8_t>(a));
+  if (D3DGraphics* g = readyGraphics())
+    g->color4ub(static_cast<uint8_t>(r), static_cast<uint8_t>(gr), static_cast<uint8_t>(b),
+                static_cast<uint8_t>(a));
 }
 GL_NATIVE(void, mglColor1ui)(JNIEnv*, jclass, jint rgba) {
-  g().color1ui(static_cast<uint32_t>(rgba));
+  if (D3DGraphics* g = readyGraphics()) g->color1ui(static_cast<uint32_t>(rgba));
 }
 GL_NATIVE(void, mglColor4f)(JNIEnv*, jclass, jfloat r, jfloat gr, jfloat b, jfloat a) {
-  g().color4f(r, gr, b, a);
+  if (D3DGraphics* g = readyGraphics()) g->color4f(r, gr, b, a);
 }
 GL_NATIVE(void, mglColor3f)(JNIEnv*, jclass, jfloat r, jfloat gr, jfloat b) {
-  g().color3f(r, gr, b);
+  if (D3DGraphics* g = readyGraphics()) g->color3f(r, gr, b);
 }
 
 // Calls that OpenGL has and this layer needs no work for.
@@ -142,22 +148,22 @@ GL_NATIVE(void, mglUnpackMode)(JNIEnv*, jclass, jint, jint, jint, jint) {}
 
 // Immediate geometry
 GL_NATIVE(void, mglBegin)(JNIEnv*, jclass, jint mode) {
-  g().begin(mode);
+  if (D3DGraphics* g = readyGraphics()) g->begin(mode);
 }
 GL_NATIVE(void, mglEnd)(JNIEnv*, jclass) {
-  g().end();
+  if (D3DGraphics* g = readyGraphics()) g->end();
 }
 GL_NATIVE(void, mglTexCoord2f)(JNIEnv*, jclass, jfloat u, jfloat v) {
-  g().texCoord2f(u, v);
+  if (D3DGraphics* g = readyGraphics()) g->texCoord2f(u, v);
 }
 GL_NATIVE(void, mglVertex2f)(JNIEnv*, jclass, jfloat x, jfloat y) {
-  g().vertex2f(x, y);
+  if (D3DGraphics* g = readyGraphics()) g->vertex2f(x, y);
 }
 GL_NATIVE(void, mglVertex3f)(JNIEnv*, jclass, jfloat x, jfloat y, jfloat z) {
-  g().vertex3f(x, y, z);
+  if (D3DGraphics* g = readyGraphics()) g->vertex3f(x, y, z);
 }
 GL_NATIVE(void, mglT2fV2f)(JNIEnv*, jclass, jfloat u, jfloat v, jfloat x, jfloat y) {
-  g().t2fV2f(u, v, x, y);
+  if (D3DGraphics* g = readyGraphics()) g->t2fV2f(u, v, x, y);
 }
 
 // The back-buffer formats for WinConsole, made by its static factory.
@@ -168,8 +174,10 @@ Java_mirelo_app_win32_WinConsole_n_1getPixelFormatList(JNIEnv* env, jclass cls) 
     factory =
         env->GetStaticMethodID(cls, "createPixelFormat", "(JIIIIIII)Lmirelo/gfx/PixelFormat;");
   if (!factory) return nullptr;
+  // Asked before the device is made, to choose its format: the console is enough.
+  if (!theConsole || !theConsole->graphics) return nullptr;
   vostan::PixelFormatRow rows[5];
-  const int32_t n = g().pixelFormatRows(rows);
+  const int32_t n = theConsole->graphics->pixelFormatRows(rows);
   if (n < 0) return nullptr;
   jclass pixelFormat = env->FindClass("mirelo/gfx/PixelFormat");
   if (!pixelFormat) return nullptr;

@@ -58,15 +58,44 @@ TextureEntry* textureEntry(int32_t handle) {
   return platform::fromHandle32<TextureEntry>(handle);
 }
 
+TextureEntry* slotOf(const D3DGraphics& g, int32_t handle) {
+  if (handle == 0) return nullptr;
+  const uintptr_t p = reinterpret_cast<uintptr_t>(textureEntry(handle));
+  const uintptr_t first = reinterpret_cast<uintptr_t>(g.textures);
+  if (p < first) return nullptr;
+  const uintptr_t offset = p - first;
+  if (offset % sizeof(TextureEntry) != 0 ||
+      offset / sizeof(TextureEntry) >= static_cast<uintptr_t>(g.textureCount))
+    return nullptr;
+  return &g.textures[offset / sizeof(TextureEntry)];
+}
+
+bool isFreeSlot(const D3DGraphics& g, const TextureEntry* entry) {
+  for (int32_t i = 0; i < g.freeTextureCount; ++i)
+    if (g.freeTextures[i] == entry) return true;
+  return false;
+}
+
+int32_t memoryPixelBytes(int32_t format, int32_t type) {
+  // The samples only keep the address; nothing is read through it here.
+  static char probe;
+  const std::unique_ptr<PixelSample> sample = sampleForMemory(format, type, &probe);
+  return sample ? sample->getPixelSize() : 0;
+}
+
 int32_t createTextureSlot(D3DGraphics& g) {
+  if (g.freeTextureCount == 0 && g.textureCount >= D3DGraphics::kMaxTextures) {
+    std::printf("no free texture slot\n");
+    return 0;
+  }
   TextureEntry* e =
       g.freeTextureCount > 0 ? g.freeTextures[--g.freeTextureCount] : &g.textures[g.textureCount++];
   return textureHandle(e);
 }
 
 void deleteTexture(D3DGraphics& g, int32_t handle) {
-  if (handle == 0) return;
-  TextureEntry* e = textureEntry(handle);
+  TextureEntry* e = slotOf(g, handle);
+  if (!e) return;
   // Released first, so a second delete only has the free list to guard.
   releaseAndNull(e->texture);
   for (int32_t i = 0; i < g.freeTextureCount; ++i) {
@@ -79,7 +108,8 @@ void deleteTexture(D3DGraphics& g, int32_t handle) {
 }
 
 void bindTexture(D3DGraphics& g, int32_t handle) {
-  TextureEntry* e = handle ? textureEntry(handle) : nullptr;
+  // A handle that names no slot binds nothing, as 0 does.
+  TextureEntry* e = slotOf(g, handle);
   g.device->setTexture(static_cast<uint32_t>(g.currentStage), e ? e->texture : nullptr);
   g.boundTextures[g.currentStage] = e;
 }
@@ -124,8 +154,9 @@ void createTexture(D3DGraphics& g, TextureEntry* e, int32_t internalFormat, int3
 
 void texImage2D(D3DGraphics& g, int32_t handle, int32_t internalFormat, int32_t width,
                 int32_t height, int32_t flags, int32_t format, int32_t type, const void* pixels) {
-  if (handle == 0 || width <= 0 || height <= 0) return;
-  TextureEntry* e = textureEntry(handle);
+  if (width <= 0 || height <= 0) return;
+  TextureEntry* e = slotOf(g, handle);
+  if (!e || isFreeSlot(g, e)) return;
   createTexture(g, e, internalFormat, width, height, flags, format, type, pixels);
   g.device->setTexture(static_cast<uint32_t>(g.currentStage), e->texture);
   g.boundTextures[g.currentStage] = e;
@@ -135,6 +166,10 @@ void texSubImage2D(D3DGraphics& g, int32_t x, int32_t y, int32_t width, int32_t 
                    int32_t format, int32_t type, const void* pixels) {
   TextureEntry* e = g.boundTextures[g.currentStage];
   if (width <= 0 || height <= 0 || !e || !e->texture) return;
+  // The rectangle stays inside the texture (64-bit sums: no overflow).
+  if (x < 0 || y < 0 || int64_t{x} + width > int64_t{e->desc.width} ||
+      int64_t{y} + height > int64_t{e->desc.height})
+    return;
   updateTexture(e, g.device, 0, 0, x, y, width, height, format, type, pixels);
 }
 
@@ -198,8 +233,16 @@ void readPixels(D3DGraphics& g, Surface* surface, int32_t x, int32_t y, int32_t 
     if (g.inScene) device->beginScene();
     return;
   }
-  // GL counts y from the bottom of the client area.
-  const int32_t top = D3DGraphics::clientHeightSource() - height - y;
+  // GL counts y from the bottom of the client area. A rectangle not inside
+  // the surface is refused.
+  const int64_t top64 = int64_t{D3DGraphics::clientHeightSource()} - height - y;
+  if (width <= 0 || height <= 0 || x < 0 || top64 < 0 || int64_t{x} + width > int64_t{desc.width} ||
+      top64 + height > int64_t{desc.height}) {
+    copy->release();
+    if (g.inScene) device->beginScene();
+    return;
+  }
+  const int32_t top = static_cast<int32_t>(top64);
   const Rect area{x, top, x + width, top + height};
   LockedRect locked;
   if (failed(copy->lockRect(locked, &area, LOCK_READONLY))) {

@@ -16,8 +16,16 @@ int32_t internalFormatForFormat(int32_t format);
 // Handles are entry addresses, which live in low memory.
 int32_t textureHandle(const TextureEntry* entry);
 TextureEntry* textureEntry(int32_t handle);
+// The entry of a handle that names one of the store's slots handed out so
+// far, or null for 0 and for any other value.
+TextureEntry* slotOf(const D3DGraphics& g, int32_t handle);
+// Whether the slot waits on the free list (its handle was deleted).
+bool isFreeSlot(const D3DGraphics& g, const TextureEntry* entry);
+// Bytes of one pixel in caller memory of this GL format and type; 0 when the
+// pair has no sample (nothing is read or written then).
+int32_t memoryPixelBytes(int32_t format, int32_t type);
 
-// A slot without a texture; no device work.
+// A slot without a texture; no device work. 0 when all slots are taken.
 int32_t createTextureSlot(D3DGraphics& g);
 // Releases the entry's texture and puts the slot on the free list once.
 void deleteTexture(D3DGraphics& g, int32_t handle);

@@ -307,6 +307,9 @@ TEST(SampleSelect, MemoryFormatsWrapPackedTypes) {
   uint32_t mem = 0;
   EXPECT_EQ(sampleForMemory(6411, gl::kUnsignedByte, &mem), nullptr);
   EXPECT_EQ(sampleForMemory(6411, gl::kUnsignedShort565, &mem), nullptr);
+  // No float type and no made-up type: no sample, rather than one with no layout.
+  EXPECT_EQ(sampleForMemory(gl::kRgba, 5126, &mem), nullptr);
+  EXPECT_EQ(sampleForMemory(gl::kLuminance, -1, &mem), nullptr);
   EXPECT_EQ(sampleForMemory(gl::kRgba, gl::kUnsignedByte, nullptr)->getPixelSize(), 1);
 }
 

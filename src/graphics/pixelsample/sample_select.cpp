@@ -77,6 +77,9 @@ std::unique_ptr<PixelSample> sampleForSurface(int32_t format, void* bits) {
 std::unique_ptr<PixelSample> sampleForMemory(int32_t format, int32_t type, void* pixels) {
   if (!pixels) return std::make_unique<NullPixelSample>(pixels);
   std::unique_ptr<PixelSample> inner(packedLayout(type, pixels));
+  // A type that is neither packed nor a component type would leave the
+  // component sample with no inner layout: no sample, so nothing is moved.
+  if (!inner && (type < gl::kByte || type > gl::kUnsignedInt)) return nullptr;
   switch (format) {
     case gl::kColorIndex:
     case gl::kStencilIndex:

@@ -233,6 +233,12 @@ HRESULT createGLTexture(const GLContextRef& context, uint32_t width, uint32_t he
   GLFormat f;
   if (levels != 1 || width == 0 || height == 0 || !glFormatOf(format, usage, f))
     return kNotAvailable;
+  // Larger than the driver can make: refused before any memory is taken.
+  GLint largest = 0;
+  glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
+  if (largest <= 0) largest = 8192;
+  if (width > static_cast<uint32_t>(largest) || height > static_cast<uint32_t>(largest))
+    return kNotAvailable;
   *out = new GLTexture(surfaceDesc(format, width, height, usage, pool, RTYPE_TEXTURE), context, f);
   return OK;
 }

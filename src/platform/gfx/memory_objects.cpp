@@ -39,6 +39,11 @@ HRESULT MemorySurface::lockRect(LockedRect& out, const Rect* rect, uint32_t flag
   if (locked_) return kInvalidCall;
   area_ = rect ? *rect
                : Rect{0, 0, static_cast<int32_t>(desc_.width), static_cast<int32_t>(desc_.height)};
+  // As a device surface does: a rectangle not inside the surface is refused.
+  if (area_.left < 0 || area_.top < 0 || area_.right > static_cast<int32_t>(desc_.width) ||
+      area_.bottom > static_cast<int32_t>(desc_.height) || area_.left > area_.right ||
+      area_.top > area_.bottom)
+    return kInvalidCall;
   out.pitch = pitch_;
   out.bits = bytes_.data() + static_cast<std::ptrdiff_t>(area_.top) * pitch_ +
              area_.left * bytesPerPixel(desc_.format);
