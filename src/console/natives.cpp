@@ -126,13 +126,15 @@ jobject JniEvents::newFileArray(const std::vector<std::string>& paths) {
 
 #define NATIVE(ret, name) extern "C" JNIEXPORT ret JNICALL Java_mirelo_app_win32_WinConsole_##name
 
-// Lifecycle
+// Lifecycle. Before n_init every native that needs the console does nothing
+// and answers its "nothing" value.
 
 NATIVE(jint, n_1init)(JNIEnv*, jclass) {
   return vostan::platform::toHandle32(vostan::initConsole());
 }
 
 NATIVE(jboolean, n_1createWindow)(JNIEnv* env, jclass, jstring title, jint w, jint h, jint frame) {
+  if (!theConsole) return JNI_FALSE;
   char* text = vostan::getMultiByteString(env, title);
   // The desktop gets the title from the Java string itself: the text code
   // page may lack its characters.
@@ -152,45 +154,54 @@ NATIVE(jboolean, n_1createWindow)(JNIEnv* env, jclass, jstring title, jint w, ji
 }
 
 NATIVE(jboolean, n_1createDisplay)(JNIEnv*, jclass, jint w, jint h, jint bits, jint refresh) {
+  if (!theConsole) return JNI_FALSE;
   theConsole->createDisplay(w, h, bits, refresh);
   return JNI_TRUE;
 }
 
 NATIVE(jboolean, n_1disposeDisplay)(JNIEnv*, jclass) {
+  if (!theConsole) return JNI_FALSE;
   theConsole->destroyDisplay(true);
   return JNI_TRUE;
 }
 
 NATIVE(jboolean, n_1createGraphics)(JNIEnv*, jclass, jlong pixelFormat) {
+  if (!theConsole) return JNI_FALSE;
   if (!theConsole->window) return JNI_FALSE;
   return theConsole->graphics->createDevice(theConsole->window, pixelFormat) >= 0;
 }
 
 NATIVE(void, n_1disposeGraphics)(JNIEnv*, jclass) {
+  if (!theConsole) return;
   if (theConsole->window && theConsole->deviceContext && theConsole->graphics->hasDevice())
     theConsole->graphics->disposeDevice();
 }
 
 NATIVE(jboolean, n_1makeCurrent)(JNIEnv*, jclass) {
+  if (!theConsole) return JNI_FALSE;
   if (!theConsole->window || !theConsole->deviceContext || !theConsole->graphics->hasDevice())
     return JNI_FALSE;
   return theConsole->graphics->beginScene() >= 0;
 }
 
 NATIVE(void, n_1free)(JNIEnv*, jclass) {
+  if (!theConsole) return;
   if (theConsole->graphics->hasDevice()) theConsole->graphics->endScene();
 }
 
 NATIVE(void, n_1swapBuffers)(JNIEnv*, jclass) {
+  if (!theConsole) return;
   if (theConsole->graphics->hasDevice()) theConsole->graphics->swapBuffers();
 }
 
 NATIVE(void, n_1update)(JNIEnv* env, jclass cls) {
+  if (!theConsole) return;
   JniEvents events(env, cls);
   theConsole->update(events);
 }
 
 NATIVE(void, n_1minimize)(JNIEnv*, jclass, jboolean restoreMode) {
+  if (!theConsole) return;
   theConsole->minimize(restoreMode);
 }
 
@@ -199,19 +210,23 @@ NATIVE(jint, n_1getTimeMillis)(JNIEnv*, jclass) {
 }
 
 NATIVE(jboolean, n_1isForeProcess)(JNIEnv*, jclass) {
+  if (!theConsole) return JNI_FALSE;
   return theConsole->foreground != 0;
 }
 
 NATIVE(jint, n_1getScreenSize)(JNIEnv*, jclass) {
+  if (!theConsole) return 0;
   return static_cast<jint>((static_cast<uint32_t>(theConsole->clientWidth) << 16) |
                            (static_cast<uint32_t>(theConsole->clientHeight) & 0xFFFF));
 }
 
 NATIVE(jint, n_1getWindowHandle)(JNIEnv*, jclass) {
+  if (!theConsole) return 0;
   return static_cast<jint>(theConsole->window);
 }
 
 NATIVE(void, n_1enableScreenSaver)(JNIEnv*, jclass, jboolean enabled) {
+  if (!theConsole) return;
   theConsole->screenSaverEnabled = enabled;
 }
 
@@ -222,11 +237,13 @@ NATIVE(jint, n_1command)(JNIEnv*, jclass, jint, jint) {
 // Event pump
 
 NATIVE(jobject, n_1peekEvent)(JNIEnv* env, jclass cls) {
+  if (!theConsole) return nullptr;
   JniEvents events(env, cls);
   return theConsole->peekEvent(events);
 }
 
 NATIVE(void, n_1disableEvents)(JNIEnv* env, jclass, jintArray ids) {
+  if (!theConsole) return;
   if (ids == nullptr) return;
   const jsize n = env->GetArrayLength(ids);
   auto* values = static_cast<jint*>(env->GetPrimitiveArrayCritical(ids, nullptr));
@@ -242,16 +259,19 @@ NATIVE(jboolean, n_1isKeyPressed)(JNIEnv*, jclass, jint code) {
 }
 
 NATIVE(jint, n_1getModifiers)(JNIEnv*, jclass) {
+  if (!theConsole) return 0;
   return theConsole->modifiers;
 }
 
 NATIVE(jint, n_1getMousePos)(JNIEnv*, jclass) {
+  if (!theConsole) return 0;
   const auto p = windowSystem().getCursorPos();
   const int x = p.x - theConsole->clientLeft, y = p.y - theConsole->clientTop;
   return static_cast<jint>((static_cast<uint32_t>(x) << 16) | (static_cast<uint32_t>(y) & 0xFFFF));
 }
 
 NATIVE(void, n_1setMousePos)(JNIEnv*, jclass, jint x, jint y) {
+  if (!theConsole) return;
   if (theConsole->displayKind == 0) {
     x += theConsole->clientLeft;
     y += theConsole->clientTop;
@@ -260,6 +280,7 @@ NATIVE(void, n_1setMousePos)(JNIEnv*, jclass, jint x, jint y) {
 }
 
 NATIVE(void, n_1setCursorVisible)(JNIEnv*, jclass, jboolean visible) {
+  if (!theConsole) return;
   // Never ShowCursor here: the window applies it when the system asks (WM_SETCURSOR).
   auto& ws = windowSystem();
   vostan::WinConsole* c = theConsole;
