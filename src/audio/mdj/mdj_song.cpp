@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "audio/vorbis/header_check.h"
+
 namespace vostan {
 
 namespace {
@@ -114,8 +116,11 @@ bool MDJSong::openFile(const char* path) {
     return false;
   }
   std::memset(&vorbisFile, 0, sizeof vorbisFile);
+  // Headers that would make the decoder misbehave never reach it.
+  const audio::HeaderCheck check = audio::checkVorbisFile(path);
+  if (!check.ok) printf("song %s refused: %s\n", path, check.reason.c_str());
   ov_callbacks callbacks = {readCallback, seekCallback, closeCallback, tellCallback};
-  if (ov_open_callbacks(songFile, &vorbisFile, nullptr, 0, callbacks) != 0) {
+  if (!check.ok || ov_open_callbacks(songFile, &vorbisFile, nullptr, 0, callbacks) != 0) {
     // A failed open leaves the file to us.
     fclose(songFile);
     songFile = nullptr;

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
+
+#include "audio/vorbis/header_check.h"
 
 namespace vostan::audio {
 
@@ -33,6 +36,12 @@ MemorySource::~MemorySource() {
 
 bool MemorySource::open() {
   readPosition_ = 0;
+  // Headers that would make the decoder misbehave never reach it.
+  const HeaderCheck check = checkVorbisHeaders(data_.get(), size_);
+  if (!check.ok) {
+    std::printf("vorbis headers refused: %s\n", check.reason.c_str());
+    return false;
+  }
   const ov_callbacks callbacks{&MemorySource::read, &MemorySource::seek, &MemorySource::close,
                                &MemorySource::tell};
   // A failed open has already released whatever the decoder made.
