@@ -130,3 +130,15 @@ void ddMemory_releaseTracked();
 // Ends the tracking of every allocation tracked so far: they belong to what
 // was built and are freed with it, not by ddMemory_releaseTracked.
 void ddMemory_keepTracked();
+// A bound on live bytes that the allocator does not enforce: code that can
+// do without a new object asks ddMemory_overSoftLimit and goes without.
+// SIZE_MAX, the default, is no bound.
+void ddMemory_setSoftLimit(size_t bytes);
+bool ddMemory_overSoftLimit();
+// While a budget is set, an allocation that would take the live bytes past
+// base + factor * *dataBytes + allowance throws ddOverBudget instead: the
+// budget grows with the data behind it (a compressed movie's once inflated).
+// A null dataBytes removes the budget. Whoever sets one catches the throw.
+struct ddOverBudget {};
+void ddMemory_setBudget(size_t base, const uint64_t* dataBytes, uint64_t factor, size_t allowance);
+bool ddMemory_isTracking();

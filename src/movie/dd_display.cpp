@@ -314,6 +314,10 @@ ddInstance* ddInstance_create(ddMovie* movie, ddClip* parent, ddCharacter* chara
       return nullptr;
     }
   }
+  if (ddMemory_overSoftLimit()) {
+    ddWarn("Movie memory budget spent at depth %i", depth);
+    return nullptr;
+  }
   ddInstance* i = character->instantiate(movie, character);
   if (!i) return nullptr;
   i->character = character;

@@ -1,4 +1,5 @@
 // Allocation with a byte count, a live-byte bound and optional tracking.
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -15,6 +16,14 @@ struct alignas(16) Header {
 
 size_t liveBytes = 0;
 size_t limitBytes = size_t(1) << 30;
+size_t softLimitBytes = SIZE_MAX;
+
+struct Budget {
+  size_t base = 0;
+  const uint64_t* data = nullptr;
+  uint64_t factor = 0;
+  size_t allowance = 0;
+} budget;
 bool tracking = false;
 Header* trackedHead = nullptr;
 
@@ -34,6 +43,11 @@ void unlink(Header* h) {
 }
 
 void reserve(size_t size) {
+  // A budget refuses before the process-wide bound would end the process.
+  if (budget.data) {
+    const uint64_t allowed = budget.base + budget.factor * *budget.data + budget.allowance;
+    if (size > allowed || liveBytes + size > allowed) throw ddOverBudget{};
+  }
   if (size > (size_t(1) << 40) || (limitBytes && liveBytes + size > limitBytes))
     ddFatal("Movie needs more memory than allowed (%zu bytes held, %zu asked)", liveBytes, size);
 }
@@ -94,6 +108,22 @@ size_t ddMemory_liveBytes() {
 
 void ddMemory_setLimit(size_t bytes) {
   limitBytes = bytes;
+}
+
+void ddMemory_setSoftLimit(size_t bytes) {
+  softLimitBytes = bytes;
+}
+
+bool ddMemory_overSoftLimit() {
+  return liveBytes > softLimitBytes;
+}
+
+void ddMemory_setBudget(size_t base, const uint64_t* dataBytes, uint64_t factor, size_t allowance) {
+  budget = Budget{base, dataBytes, factor, allowance};
+}
+
+bool ddMemory_isTracking() {
+  return tracking;
 }
 
 void ddMemory_setTracking(bool on) {

@@ -279,6 +279,25 @@ ddMovie* ddMovie_create(ddSurface* surface, const uint8_t* data, int32_t length)
   return movie;
 }
 
+size_t ddMovie_beginWork(ddMovie* movie) {
+  const size_t mark = ddMemory_liveBytes();
+  if (movie->memoryBudget > 0) {
+    const int64_t left = movie->memoryBudget - movie->memoryHeld;
+    ddMemory_setSoftLimit(mark + size_t(left > 0 ? left : 0));
+  }
+  return mark;
+}
+
+void ddMovie_endWork(ddMovie* movie, size_t mark) {
+  movie->memoryHeld += int64_t(ddMemory_liveBytes()) - int64_t(mark);
+  ddMemory_setSoftLimit(SIZE_MAX);
+}
+
+void ddMovie_setBudget(ddMovie* movie) {
+  const int64_t data = movie->stream ? int64_t(movie->stream->present) : 0;
+  movie->memoryBudget = movie->memoryHeld + ddMovieBudgetFactor * data + ddMovieBudgetAllowance;
+}
+
 int ddMovie_open(ddMovie* movie) {
   if (ddMovie_parse(movie->stream) < 0) return -1;
   movie->backgroundColor = movie->stream->backgroundColor;

@@ -475,7 +475,7 @@ int render(const std::vector<std::string>& args) {
       std::fprintf(stderr,
                    "%s: frame %d is past the %d the movie holds: shown as the player does\n",
                    program, f, frames);
-    ddClip_moveFrame(movie, movie->rootClip, f);
+    ddMovie_moveClip(movie, movie->rootClip, f);
     Capture picture;
     ddMovie_drawToTexture(movie, 0, 0, ddTextureTarget{true, width, height, capture, &picture});
     finishPixels(picture, mode, ownColour ? colour : movie->backgroundColor);

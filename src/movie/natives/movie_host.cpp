@@ -8,24 +8,66 @@ ddMovie* ddMovie_openBytes(const uint8_t* data, int32_t length, int width, int h
                            ddBlockListener listener, void* listenerContext) {
   static std::once_flag installed;
   std::call_once(installed, ddRender_install);
-  ddMovie* movie = ddMovie_create(ddSurface_create(width, height), data, length);
-  movie->stream->listener = listener;
-  movie->stream->listenerContext = listenerContext;
-  if (ddMovie_open(movie) < 0) {
-    ddMovie_dispose(movie);
-    return nullptr;
+  // What opening allocates is tracked, so that a movie refused halfway for
+  // passing its budget leaves nothing behind. A caller already tracking keeps
+  // its own account.
+  const bool ownTracking = !ddMemory_isTracking();
+  if (ownTracking) ddMemory_setTracking(true);
+  const size_t mark = ddMemory_liveBytes();
+  ddMovie* movie = nullptr;
+  try {
+    movie = ddMovie_create(ddSurface_create(width, height), data, length);
+    movie->stream->listener = listener;
+    movie->stream->listenerContext = listenerContext;
+    // The surface is the caller's choice; all else must come from the data.
+    ddMemory_setBudget(ddMemory_liveBytes(), &movie->stream->present, ddMovieBudgetFactor,
+                       size_t(ddMovieBudgetAllowance));
+    if (ddMovie_open(movie) < 0) {
+      ddMovie_dispose(movie);
+      movie = nullptr;
+    } else {
+      ddMovie_endWork(movie, mark);
+      ddMovie_setBudget(movie);
+      const size_t started = ddMovie_beginWork(movie);
+      ddMovie_start(movie);
+      ddMovie_endWork(movie, started);
+    }
+  } catch (const ddOverBudget&) {
+    ddWarn("Movie refused: it needs more than %lld times its %llu bytes of memory",
+           static_cast<long long>(ddMovieBudgetFactor),
+           static_cast<unsigned long long>(movie && movie->stream ? movie->stream->present : 0));
+    ddMemory_setSoftLimit(SIZE_MAX);
+    if (ownTracking) ddMemory_releaseTracked();
+    movie = nullptr;
   }
-  ddMovie_start(movie);
+  ddMemory_setBudget(0, nullptr, 0, 0);
+  if (ownTracking) {
+    ddMemory_keepTracked();
+    ddMemory_setTracking(false);
+  }
   return movie;
 }
 
 void ddMovie_setSize(ddMovie* movie, int width, int height) {
+  // The surface is the caller's choice: the budget moves with it.
+  const size_t mark = ddMovie_beginWork(movie);
   ddMovie_resize(movie, ddSurface_create(width, height));
+  const int64_t before = movie->memoryHeld;
+  ddMovie_endWork(movie, mark);
+  movie->memoryBudget += movie->memoryHeld - before;
+}
+
+void ddMovie_moveClip(ddMovie* movie, ddClip* clip, int32_t frame) {
+  const size_t mark = ddMovie_beginWork(movie);
+  ddClip_moveFrame(movie, clip, frame);
+  ddMovie_endWork(movie, mark);
 }
 
 void ddMovie_drawToTexture(ddMovie* movie, int32_t x, int32_t y, const ddTextureTarget& target) {
   const int32_t width = movie->surface->width, height = movie->surface->height;
+  const size_t mark = ddMovie_beginWork(movie);
   ddMovie_draw(movie, nullptr, nullptr);
+  ddMovie_endWork(movie, mark);
   if (!target.present || target.width < width || target.height < height) return;
   // The colour word's bytes in memory are red, green, blue, alpha.
   target.upload(target.context, x, y, width, height, movie->surface->pixels);

@@ -11,13 +11,19 @@
 
 // Opens a movie of `length` bytes at `data` onto a new surface and runs the
 // opening step; the bytes are not needed afterwards. Null when the header or
-// a compressed body is unreadable. `listener`, when given, hears of every
-// block. Installs the rasteriser on first use.
+// a compressed body is unreadable, or when opening needs more memory than
+// ddMovieBudgetFactor times the movie's data (then nothing of it is left
+// behind). What opening took sets the budget of the movie's later work.
+// `listener`, when given, hears of every block. Installs the rasteriser on
+// first use.
 ddMovie* ddMovie_openBytes(const uint8_t* data, int32_t length, int width, int height,
                            ddBlockListener listener = nullptr, void* listenerContext = nullptr);
 
 // A new zero-filled surface of the given size; everything is redrawn.
 void ddMovie_setSize(ddMovie* movie, int width, int height);
+
+// ddClip_moveFrame, within the movie's memory budget.
+void ddMovie_moveClip(ddMovie* movie, ddClip* clip, int32_t frame);
 
 // The texture a movie draws into. `present` is false when no texture with
 // storage is bound; `upload` receives tightly packed RGBA rows, top first.
