@@ -8,7 +8,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/env.sh"
 cmake -S "$ROOT" -B "$BUILD/main" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVOSTAN_WERROR=ON
 cmake --build "$BUILD/main" -j "$JOBS"
 CC=clang CXX=clang++ cmake -S "$ROOT" -B "$BUILD/san" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
-  -DVOSTAN_WERROR=ON -DVOSTAN_SANITIZE=address,undefined -DVOSTAN_TEST_PREFIX=san. -DVOSTAN_JAVA=OFF \
+  -DVOSTAN_WERROR=ON -DVOSTAN_SANITIZE=address,undefined -DVOSTAN_TEST_PREFIX=san. -DVOSTAN_JAVA=ON \
   -DVOSTAN_BENCH=OFF -DVOSTAN_FUZZ=ON -DVOSTAN_WEBKIT=OFF
 cmake --build "$BUILD/san" -j "$JOBS"
 CC=clang CXX=clang++ cmake -S "$ROOT" -B "$BUILD/tsan" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
