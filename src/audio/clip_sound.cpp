@@ -11,10 +11,21 @@ namespace snd = platform::sound;
 
 namespace {
 
+// Device values from float arithmetic, truncated; past the type's range they
+// saturate and NaN gives 0, so that no setting from Java is undefined.
+int32_t toInt32(double v) {
+  if (std::isnan(v)) return 0;
+  return static_cast<int32_t>(std::clamp(v, -2147483648.0, 2147483647.0));
+}
+uint32_t toUint32(double v) {
+  if (!(v > 0)) return 0;
+  return static_cast<uint32_t>(std::min(v, 4294967295.0));
+}
+
 // Hundredths of a decibel; silence at 0.
 int32_t decibels(float x) {
   if (x == 0.0f) return snd::kVolumeMin;
-  return static_cast<int32_t>(std::log10(x) * 20.0 * 100.0);
+  return toInt32(std::log10(x) * 20.0 * 100.0);
 }
 
 snd::Algorithm algorithmOf(int mode) {
@@ -65,7 +76,7 @@ bool ClipSoundContext::createBuffers(float frequency, int bits, int channelCount
 
   snd::BufferDesc desc;
   desc.format.channels = static_cast<uint16_t>(channels);
-  desc.format.rate = static_cast<uint32_t>(waveFrequency);
+  desc.format.rate = toUint32(waveFrequency);
   desc.format.bits = static_cast<uint16_t>(sampleBits);
   desc.flags = mode3D == 0 ? snd::kCtrlVolume | snd::kCtrlPan | snd::kCtrlFrequency
                            : snd::kMute3DAtMaxDistance | snd::kCtrlVolume | snd::kCtrlFrequency |
@@ -118,7 +129,7 @@ ClipSound::ClipSound(ClipSoundContext& context, float volume, float pan, float p
 
 int32_t ClipSound::volumeToDirectSound(float master) const {
   if (volume == 0.0f || master == 0.0f) return snd::kVolumeMin;
-  return static_cast<int32_t>(std::log10(volume * master) * 20.0 * 100.0);
+  return toInt32(std::log10(volume * master) * 20.0 * 100.0);
 }
 
 int32_t ClipSound::stereoPan() const {
@@ -176,7 +187,7 @@ bool ClipSound::play(int index, bool looping, bool foreground) {
   buffer.setCurrentPosition(static_cast<uint32_t>(cursorBytes));
   buffer.setVolume(-9999);
   buffer.setVolume(volumeToDirectSound(context.audio.masterVolume));
-  buffer.setFrequency(static_cast<uint32_t>(pitch * context.waveFrequency));
+  buffer.setFrequency(toUint32(pitch * context.waveFrequency));
   if (buffer3D) {
     buffer3D->setMinDistance(minDistance, snd::Apply::Immediate);
     buffer3D->setMaxDistance(maxDistance, snd::Apply::Immediate);
@@ -224,12 +235,14 @@ void ClipSound::setPan(float value) {
 void ClipSound::setPitch(float value) {
   pitch = clampPitch(value);
   if (bufferIndex < 0) return;
-  const int rate = static_cast<int>(context.waveFrequency);
-  context.soundBuffers[bufferIndex]->setFrequency(static_cast<uint32_t>(rate * pitch));
+  const int rate = toInt32(context.waveFrequency);
+  context.soundBuffers[bufferIndex]->setFrequency(toUint32(rate * pitch));
 }
 
 void ClipSound::setCursor(int frames) {
-  cursorBytes = frames * context.bytesPerFrame();
+  // A 32-bit product, wrapping as it always has.
+  cursorBytes = static_cast<int32_t>(static_cast<uint32_t>(frames) *
+                                     static_cast<uint32_t>(context.bytesPerFrame()));
   if (bufferIndex < 0) return;
   // The playing voice is given the frame count as a byte offset: it jumps to
   // a fraction of the place where the next play starts. Games rely on it.

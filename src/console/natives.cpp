@@ -1,9 +1,11 @@
 // The natives of mirelo.app.win32.WinConsole. All are static and act on theConsole.
 #include <jni.h>
 
+#include <memory>
 #include <string>
 
 #include "bridge/bridge.h"
+#include "bridge/native_guard.h"
 #include "console/java_events.h"
 #include "console/keyboard.h"
 #include "console/win_console.h"
@@ -135,22 +137,22 @@ NATIVE(jint, n_1init)(JNIEnv*, jclass) {
 
 NATIVE(jboolean, n_1createWindow)(JNIEnv* env, jclass, jstring title, jint w, jint h, jint frame) {
   if (!theConsole) return JNI_FALSE;
-  char* text = vostan::getMultiByteString(env, title);
-  // The desktop gets the title from the Java string itself: the text code
-  // page may lack its characters.
-  std::string shown;
-  if (title) {
-    const jsize length = env->GetStringLength(title);
-    const jchar* chars = env->GetStringChars(title, nullptr);
-    if (chars) {
-      shown = vostan::platform::wideToUtf8(reinterpret_cast<const char16_t*>(chars),
-                                           static_cast<std::size_t>(length));
-      env->ReleaseStringChars(title, chars);
+  return vostan::guarded(env, jboolean{JNI_FALSE}, [&]() -> jboolean {
+    std::unique_ptr<char[]> text(vostan::getMultiByteString(env, title));
+    // The desktop gets the title from the Java string itself: the text code
+    // page may lack its characters.
+    std::string shown;
+    if (title) {
+      const jsize length = env->GetStringLength(title);
+      const jchar* chars = env->GetStringChars(title, nullptr);
+      if (chars) {
+        shown = vostan::platform::wideToUtf8(reinterpret_cast<const char16_t*>(chars),
+                                             static_cast<std::size_t>(length));
+        env->ReleaseStringChars(title, chars);
+      }
     }
-  }
-  const bool ok = theConsole->createWindow(text, w, h, frame, shown.c_str());
-  delete[] text;
-  return ok;
+    return theConsole->createWindow(text.get(), w, h, frame, shown.c_str());
+  });
 }
 
 NATIVE(jboolean, n_1createDisplay)(JNIEnv*, jclass, jint w, jint h, jint bits, jint refresh) {
@@ -165,10 +167,12 @@ NATIVE(jboolean, n_1disposeDisplay)(JNIEnv*, jclass) {
   return JNI_TRUE;
 }
 
-NATIVE(jboolean, n_1createGraphics)(JNIEnv*, jclass, jlong pixelFormat) {
+NATIVE(jboolean, n_1createGraphics)(JNIEnv* env, jclass, jlong pixelFormat) {
   if (!theConsole) return JNI_FALSE;
   if (!theConsole->window) return JNI_FALSE;
-  return theConsole->graphics->createDevice(theConsole->window, pixelFormat) >= 0;
+  return vostan::guarded(env, jboolean{JNI_FALSE}, [&]() -> jboolean {
+    return theConsole->graphics->createDevice(theConsole->window, pixelFormat) >= 0;
+  });
 }
 
 NATIVE(void, n_1disposeGraphics)(JNIEnv*, jclass) {
@@ -196,8 +200,10 @@ NATIVE(void, n_1swapBuffers)(JNIEnv*, jclass) {
 
 NATIVE(void, n_1update)(JNIEnv* env, jclass cls) {
   if (!theConsole) return;
-  JniEvents events(env, cls);
-  theConsole->update(events);
+  vostan::guardedVoid(env, [&] {
+    JniEvents events(env, cls);
+    theConsole->update(events);
+  });
 }
 
 NATIVE(void, n_1minimize)(JNIEnv*, jclass, jboolean restoreMode) {
@@ -238,8 +244,10 @@ NATIVE(jint, n_1command)(JNIEnv*, jclass, jint, jint) {
 
 NATIVE(jobject, n_1peekEvent)(JNIEnv* env, jclass cls) {
   if (!theConsole) return nullptr;
-  JniEvents events(env, cls);
-  return theConsole->peekEvent(events);
+  return vostan::guarded(env, jobject{nullptr}, [&] {
+    JniEvents events(env, cls);
+    return theConsole->peekEvent(events);
+  });
 }
 
 NATIVE(void, n_1disableEvents)(JNIEnv* env, jclass, jintArray ids) {

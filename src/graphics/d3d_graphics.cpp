@@ -16,6 +16,11 @@ using namespace gfx;
 
 namespace {
 
+// The flips are 32-bit sums that wrap, as the device's own arithmetic does.
+int32_t wrap32(int64_t value) {
+  return static_cast<int32_t>(static_cast<uint32_t>(value));
+}
+
 int32_t noClientHeight() {
   return 0;
 }
@@ -497,9 +502,9 @@ void D3DGraphics::scissor(int32_t x, int32_t y, int32_t width, int32_t height) {
   }
   Rect r;
   r.left = x;
-  r.top = targetHeight() - height - y;
-  r.right = x + width;
-  r.bottom = r.top + height;
+  r.top = wrap32(int64_t{targetHeight()} - height - y);
+  r.right = wrap32(int64_t{x} + width);
+  r.bottom = wrap32(int64_t{r.top} + height);
   device->setScissorRect(r);
   device->setRenderState(RS_SCISSORTESTENABLE, 1);
 }
@@ -507,7 +512,7 @@ void D3DGraphics::scissor(int32_t x, int32_t y, int32_t width, int32_t height) {
 void D3DGraphics::viewPort(int32_t x, int32_t y, int32_t width, int32_t height) {
   Viewport v;
   v.x = static_cast<uint32_t>(x);
-  v.y = static_cast<uint32_t>(targetHeight() - height - y);
+  v.y = static_cast<uint32_t>(wrap32(int64_t{targetHeight()} - height - y));
   v.width = static_cast<uint32_t>(width);
   v.height = static_cast<uint32_t>(height);
   v.minZ = 0.0f;

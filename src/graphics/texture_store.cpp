@@ -166,16 +166,18 @@ void texSubImage2D(D3DGraphics& g, int32_t x, int32_t y, int32_t width, int32_t 
                    int32_t format, int32_t type, const void* pixels) {
   TextureEntry* e = g.boundTextures[g.currentStage];
   if (width <= 0 || height <= 0 || !e || !e->texture) return;
-  // The rectangle stays inside the texture (64-bit sums: no overflow).
-  if (x < 0 || y < 0 || int64_t{x} + width > int64_t{e->desc.width} ||
-      int64_t{y} + height > int64_t{e->desc.height})
-    return;
   updateTexture(e, g.device, 0, 0, x, y, width, height, format, type, pixels);
 }
 
 void updateTexture(TextureEntry* entry, Device*, int32_t, int32_t, int32_t x, int32_t y,
                    int32_t width, int32_t height, int32_t format, int32_t type,
                    const void* pixels) {
+  // A rectangle not inside the texture is refused here for every caller, as
+  // the device's lock would refuse it (64-bit sums: no overflow).
+  if (width <= 0 || height <= 0 || x < 0 || y < 0 ||
+      int64_t{x} + width > int64_t{entry->desc.width} ||
+      int64_t{y} + height > int64_t{entry->desc.height})
+    return;
   Surface* surface = nullptr;
   HRESULT hr = entry->texture->getSurfaceLevel(0, &surface);
   if (failed(hr)) {

@@ -4,6 +4,7 @@ import java.nio.ByteBuffer;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.Random;
+import java.util.function.LongConsumer;
 
 /** The random calls' sound part: the package-private sound natives, with random arguments. */
 public final class AudioBridge {
@@ -18,6 +19,22 @@ public final class AudioBridge {
   public AudioBridge(Random random) {
     this.random = random;
     clip = audio.initNative() ? new ClipSoundContextWin32(22050, 16, 1, pcm, 0, 2) : null;
+  }
+
+  /**
+   * Disposes a handle: now and then a live one from the pool, which joins the dead; otherwise a
+   * dead or made-up one, which must change nothing.
+   */
+  public static void retire(Random random, List<Long> pool, List<Long> dead, LongConsumer dispose) {
+    if (!pool.isEmpty() && random.nextInt(3) == 0) {
+      long h = pool.remove(random.nextInt(pool.size()));
+      dispose.accept(h);
+      dead.add(h);
+    } else if (!dead.isEmpty() && random.nextBoolean()) {
+      dispose.accept(dead.get(random.nextInt(dead.size())));
+    } else {
+      dispose.accept(random.nextLong());
+    }
   }
 
   private long handle(List<Long> pool, List<Long> dead) {
@@ -39,17 +56,17 @@ public final class AudioBridge {
       case 0: {
         int size = random.nextInt(4) == 0 ? random.nextInt() : random.nextInt(2200);
         ByteBuffer data = random.nextInt(4) == 0 ? ByteBuffer.allocate(100) : pcm;
-        long h = clip.initNative(22050, 16, 1 + random.nextInt(2), random.nextInt(8) == 0 ? null : data,
-            size, 0, random.nextInt(2), random.nextInt(6) - 1);
+        float[] rates = {22050, 0, -1, 1e9f, Float.NaN};
+        int[] bits = {16, 8, 0, 24, -1};
+        float rate = random.nextInt(3) == 0 ? rates[random.nextInt(rates.length)] : 22050;
+        int sampleBits = random.nextInt(3) == 0 ? bits[random.nextInt(bits.length)] : 16;
+        long h = clip.initNative(rate, sampleBits, random.nextInt(4),
+            random.nextInt(8) == 0 ? null : data, size, 0, random.nextInt(4), random.nextInt(6) - 1);
         if (h != 0) contexts.add(h);
         break;
       }
       case 1:
-        if (!contexts.isEmpty() && random.nextInt(3) == 0) {
-          long h = contexts.remove(random.nextInt(contexts.size()));
-          clip.disposeNative(h);
-          dead.add(h);
-        }
+        retire(random, contexts, dead, clip::disposeNative);
         break;
       case 2: {
         long h = clip.createSoundNative(handle(contexts, dead), 1, random.nextFloat(), 1, 1, 100);
@@ -57,11 +74,7 @@ public final class AudioBridge {
         break;
       }
       case 3:
-        if (!sounds.isEmpty() && random.nextInt(3) == 0) {
-          long h = sounds.remove(random.nextInt(sounds.size()));
-          clip.disposeSoundNative(h);
-          dead.add(h);
-        }
+        retire(random, sounds, dead, clip::disposeSoundNative);
         break;
       case 4:
         clip.playNative(handle(sounds, dead), random.nextInt(8) - 2, random.nextBoolean());

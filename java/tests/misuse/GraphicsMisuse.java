@@ -19,15 +19,16 @@ public final class GraphicsMisuse {
     return GLGraphics.n_mglGetTextureStageState(4096);
   }
 
-  /** A white quad over the whole window on blue, drawn with or without the bound texture. */
+  /** Two white triangles over the window's middle on blue, textured if a texture is bound. */
   private static void quad() {
     GLGraphics.n_mglClearColor(0, 0, 1, 1);
     GLGraphics.n_mglClear(0x4000);
-    GLGraphics.n_mglBegin(7);
-    GLGraphics.n_mglT2fV2f(0, 0, -1, 1);
-    GLGraphics.n_mglT2fV2f(1, 0, 1, 1);
-    GLGraphics.n_mglT2fV2f(1, 1, 1, -1);
-    GLGraphics.n_mglT2fV2f(0, 1, -1, -1);
+    GLGraphics.n_mglBegin(4);
+    float[] corners = {-1, 1, 1, 1, 1, -1, -1, 1, 1, -1, -1, -1};
+    for (int i = 0; i < corners.length; i += 2) {
+      GLGraphics.n_mglTexCoord2f((corners[i] + 1) / 2, (1 - corners[i + 1]) / 2);
+      GLGraphics.n_mglVertex2f(corners[i], corners[i + 1]);
+    }
     GLGraphics.n_mglEnd();
   }
 

@@ -173,13 +173,7 @@ public final class RandomCalls {
         break;
       }
       case 1:
-        if (!movies.isEmpty() && random.nextInt(3) == 0) {
-          long h = movies.remove(random.nextInt(movies.size()));
-          m.n_dispose(h);
-          dead.add(h);
-        } else {
-          m.n_dispose(handle(dead));
-        }
+        AudioBridge.retire(random, movies, dead, m::n_dispose);
         break;
       case 2:
         m.n_setSize(handle(movies), size(), size());
@@ -218,13 +212,7 @@ public final class RandomCalls {
         break;
       }
       case 1:
-        if (!songs.isEmpty() && random.nextInt(3) == 0) {
-          long h = songs.remove(random.nextInt(songs.size()));
-          s.n_dispose(h);
-          dead.add(h);
-        } else {
-          s.n_dispose(handle(dead));
-        }
+        AudioBridge.retire(random, songs, dead, s::n_dispose);
         break;
       default: {
         int first = random.nextInt(3) == 0 ? size() : random.nextInt(2000);

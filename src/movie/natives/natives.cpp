@@ -137,20 +137,23 @@ NATIVE(void, n_1dispose)(JNIEnv*, jobject, jlong handle) {
   ddMovie_dispose(movie);
 }
 
-NATIVE(void, n_1setSize)(JNIEnv*, jobject, jlong handle, jint width, jint height) {
+NATIVE(void, n_1setSize)(JNIEnv* env, jobject, jlong handle, jint width, jint height) {
   ddMovie* movie = asMovie(handle);
-  if (movie && surfaceSizeOk(width, height)) ddMovie_setSize(movie, width, height);
+  if (movie && surfaceSizeOk(width, height))
+    vostan::guardedVoid(env, [&] { ddMovie_setSize(movie, width, height); });
 }
 
-NATIVE(void, n_1drawToTexture)(JNIEnv*, jobject, jlong handle, jint, jint x, jint y) {
-  if (ddMovie* movie = asMovie(handle)) ddMovie_drawToTexture(movie, x, y, boundTexture());
+NATIVE(void, n_1drawToTexture)(JNIEnv* env, jobject, jlong handle, jint, jint x, jint y) {
+  if (ddMovie* movie = asMovie(handle))
+    vostan::guardedVoid(env, [&] { ddMovie_drawToTexture(movie, x, y, boundTexture()); });
 }
 
-NATIVE(void, n_1moveClipFrame)(JNIEnv*, jobject, jlong handle, jlong clipHandle, jint frame) {
+NATIVE(void, n_1moveClipFrame)(JNIEnv* env, jobject, jlong handle, jlong clipHandle, jint frame) {
   ddMovie* movie = asMovie(handle);
   ddClip* clip = asClip(clipHandle);
   // A clip of another movie would take this movie's instances.
-  if (movie && clip && handedClips()[clip] == movie) ddMovie_moveClip(movie, clip, frame);
+  if (movie && clip && handedClips()[clip] == movie)
+    vostan::guardedVoid(env, [&] { ddMovie_moveClip(movie, clip, frame); });
 }
 
 NATIVE(jlong, n_1getRootClip)(JNIEnv*, jobject, jlong handle) {

@@ -7,6 +7,7 @@
 #define GL_GLEXT_PROTOTYPES 1
 #include <GL/glcorearb.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
@@ -25,6 +26,12 @@
 namespace vostan::gfx {
 
 namespace {
+
+// Rectangles come from callers with any 32-bit values: their sums are taken
+// wide and brought into GL's range (a negative size GL refuses by itself).
+GLint glInt(int64_t value) {
+  return static_cast<GLint>(std::clamp<int64_t>(value, INT32_MIN, INT32_MAX));
+}
 
 // Attribute slots the generated programs bind their inputs to.
 enum Attribute : GLuint { A_POSITION = 0, A_COLOR = 1, A_TEXCOORD = 2, A_WEIGHT = 3 };
@@ -885,14 +892,14 @@ void GLDevice::flushState() {
     else
       glDisable(GL_SCISSOR_TEST);
     const Rect& r = state_.scissor;
-    glScissor(r.left, flipped_ ? r.top : targetHeight_ - r.bottom, r.right - r.left,
-              r.bottom - r.top);
+    glScissor(r.left, flipped_ ? r.top : glInt(int64_t{targetHeight_} - r.bottom),
+              glInt(int64_t{r.right} - r.left), glInt(int64_t{r.bottom} - r.top));
   }
   if (d & DIRTY_VIEWPORT) {
     const Viewport& v = state_.viewport;
     const GLint y = static_cast<GLint>(v.y);
     glViewport(static_cast<GLint>(v.x),
-               flipped_ ? y : targetHeight_ - y - static_cast<GLint>(v.height),
+               flipped_ ? y : glInt(int64_t{targetHeight_} - y - static_cast<GLint>(v.height)),
                static_cast<GLsizei>(v.width), static_cast<GLsizei>(v.height));
     glDepthRange(v.minZ, v.maxZ);
   }
