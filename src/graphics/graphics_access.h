@@ -14,4 +14,11 @@ inline D3DGraphics* readyGraphics() {
   return g && g->device ? g : nullptr;
 }
 
+// The graphics state with or without a device: for the calls that only fill
+// the immediate batch.
+inline D3DGraphics* batchGraphics() {
+  const WinConsole* console = theConsole;
+  return console ? console->graphics : nullptr;
+}
+
 }  // namespace vostan
