@@ -412,5 +412,6 @@ NATIVE(jint, n_1getInlineWebParam)(JNIEnv*, jclass, jint) {
 NATIVE(void, n_1setInlineWebParam)(JNIEnv*, jclass, jint, jint) {}
 
 NATIVE(jobjectArray, n_1scanControllers)(JNIEnv* env, jclass cls) {
-  return vostan::controller::scanForJava(env, cls);
+  return vostan::guarded(env, jobjectArray{nullptr},
+                         [&] { return vostan::controller::scanForJava(env, cls); });
 }
