@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <memory>
 
 namespace vostan {
@@ -50,20 +49,6 @@ TEST(LiveHandles, AnAddressReusedByAnotherKindTakesTheNewKind) {
   EXPECT_EQ(live::find<Movie>(live::handleOf(storage)), nullptr);
   EXPECT_EQ(live::find<Clip>(live::handleOf(storage)), clip);
   live::remove(clip);
-}
-
-TEST(ImageBytes, RefusesWhatNoJavaArrayCouldHold) {
-  EXPECT_EQ(imageBytes(64, 64, 4), 16384);
-  EXPECT_EQ(imageBytes(1, 1, 1), 1);
-  EXPECT_EQ(imageBytes(0, 64, 4), -1);
-  EXPECT_EQ(imageBytes(64, -1, 4), -1);
-  EXPECT_EQ(imageBytes(64, 64, 0), -1);
-  EXPECT_EQ(imageBytes(100000, 100000, 4), -1);
-  EXPECT_EQ(imageBytes(65536, 32768, 1), -1);  // exactly 2^31
-  EXPECT_EQ(imageBytes(65535, 32768, 1), 65535LL * 32768);
-  const int64_t big = std::numeric_limits<int32_t>::max();
-  EXPECT_EQ(imageBytes(big, big, 4), -1);
-  EXPECT_EQ(imageBytes(int64_t{1} << 40, 1, 1), -1);
 }
 
 }  // namespace
