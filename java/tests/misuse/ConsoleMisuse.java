@@ -47,6 +47,18 @@ public final class ConsoleMisuse {
     });
   }
 
+  /** Web view calls on slots that do not exist, with null text and sizes past any window. */
+  static void webViews() {
+    for (int slot : new int[] {-1, 10, Integer.MIN_VALUE, 3}) {
+      WinConsole.n_selectInlineWeb(slot);
+      WinConsole.n_setInlineWebURL(null);
+      WinConsole.n_showInlineWeb(-5, -5, Integer.MAX_VALUE, -1);
+      WinConsole.n_setInlineWebParam(-1, 7);
+      WinConsole.n_getInlineWebParam(Integer.MAX_VALUE);
+      WinConsole.n_hideInlineWeb();
+    }
+  }
+
   public static void main(String[] args) {
     System.loadLibrary("vostan");
     Cases c = new Cases("console");
@@ -69,8 +81,9 @@ public final class ConsoleMisuse {
       WinConsole.n_setInputMethodPassiveMode(true);
       WinConsole.n_setCandidateLocation(1, 2);
       WinConsole.n_enableDrop(true);
-      WinConsole.n_selectInlineWeb(3);
+      webViews();
     });
+    c.check(WinConsole.n_getInlineWebURL() == null, "no web page before n_init");
     c.check(WinConsole.n_peekEvent() == null, "n_peekEvent before n_init");
     c.check(WinConsole.n_getScreenSize() == 0 && WinConsole.n_getWindowHandle() == 0
         && WinConsole.n_getModifiers() == 0 && !WinConsole.n_isForeProcess(),
@@ -88,6 +101,7 @@ public final class ConsoleMisuse {
     graphicsWithoutDevice(c, "before n_createGraphics");
     c.check(WinConsole.n_createWindow(null, 64, 64, 1), "a window with no title");
     graphicsWithoutDevice(c, "with a window, before n_createGraphics");
+    c.quiet("web views with bad slots, sizes and a null address", ConsoleMisuse::webViews);
     c.check(WinConsole.n_createGraphics(0), "graphics");
     c.check(WinConsole.n_makeCurrent(), "a scene");
     c.check(GLGraphics.n_mglGetString(7938) != null, "the device string with a device");
