@@ -330,9 +330,19 @@ bool setup(const std::vector<uint8_t>& p, int channels, Refusal& refuse) {
 HeaderCheck checkVorbisHeaders(const uint8_t* bytes, std::size_t size) {
   std::map<uint32_t, Stream> streams;
   std::size_t at = 0;
+  // Every "OggS" is looked at, so no page can hide inside another; only the
+  // pages that start a stream or carry headers still missing are checked
+  // and read, which keeps a long song's audio pages cheap to pass over.
   while (at + 27 <= size) {
+    const void* next = memmem(bytes + at, size - at, "OggS", 4);
+    if (!next) break;
+    at = static_cast<std::size_t>(static_cast<const uint8_t*>(next) - bytes);
+    if (at + 27 > size) break;
     const uint8_t* page = bytes + at;
-    if (std::memcmp(page, "OggS", 4) != 0) {
+    const uint32_t serial = le32(page + 14);
+    const auto known = streams.find(serial);
+    const bool wanted = (page[5] & 2) || (known != streams.end() && !known->second.done());
+    if (!wanted) {
       ++at;
       continue;
     }
@@ -345,7 +355,6 @@ HeaderCheck checkVorbisHeaders(const uint8_t* bytes, std::size_t size) {
       ++at;  // the decoder's sync skips a damaged page the same way
       continue;
     }
-    const uint32_t serial = le32(page + 14);
     if (page[5] & 2) streams[serial] = Stream{};
     const auto found = streams.find(serial);
     if (found != streams.end() && !found->second.done()) {
