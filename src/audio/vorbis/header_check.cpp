@@ -1,9 +1,12 @@
 #include "audio/vorbis/header_check.h"
 
+#include <sys/stat.h>
+
 #include <array>
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <mutex>
 #include <vector>
 
 namespace vostan::audio {
@@ -390,9 +393,31 @@ HeaderCheck checkVorbisHeaders(const uint8_t* bytes, std::size_t size) {
 
 HeaderCheck checkVorbisFile(const char* path) {
   HeaderCheck result;
+  struct stat info {};
+  if (!path || stat(path, &info) != 0) {
+    result.ok = true;  // the opener reports a missing file itself
+    return result;
+  }
+  // Songs are opened again and again on the mixer thread: a file that has
+  // not changed keeps its verdict.
+  struct Known {
+    off_t size;
+    struct timespec modified;
+    HeaderCheck verdict;
+  };
+  static std::mutex lock;
+  static auto* known = new std::map<std::string, Known>;
+  {
+    std::lock_guard<std::mutex> hold(lock);
+    const auto it = known->find(path);
+    if (it != known->end() && it->second.size == info.st_size &&
+        it->second.modified.tv_sec == info.st_mtim.tv_sec &&
+        it->second.modified.tv_nsec == info.st_mtim.tv_nsec)
+      return it->second.verdict;
+  }
   std::FILE* f = std::fopen(path, "rb");
   if (!f) {
-    result.ok = true;  // the opener reports a missing file itself
+    result.ok = true;
     return result;
   }
   std::vector<uint8_t> bytes;
@@ -401,7 +426,10 @@ HeaderCheck checkVorbisFile(const char* path) {
   while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0)
     bytes.insert(bytes.end(), chunk, chunk + n);
   std::fclose(f);
-  return checkVorbisHeaders(bytes.data(), bytes.size());
+  result = checkVorbisHeaders(bytes.data(), bytes.size());
+  std::lock_guard<std::mutex> hold(lock);
+  (*known)[path] = Known{info.st_size, info.st_mtim, result};
+  return result;
 }
 
 }  // namespace vostan::audio
