@@ -139,5 +139,7 @@ public final class Demo {
       WinConsole.n_disposeGraphics();
     }
     WinConsole.n_disposeDisplay();
+    // A web engine, once started, keeps threads that must not outlive the JVM's own teardown.
+    System.exit(0);
   }
 }
