@@ -256,6 +256,9 @@ public final class GL {
   /** Pixel format {@code GL_RGBA8}. */
   public static final int GL_RGBA8 = 0x8058;
 
+  /** The texture target games pass to {@code n_mglTexImage2D}; the target is not looked at. */
+  public static final int GL_TEXTURE_2D = 0x0DE1;
+
   // Names of n_mglTextureStageState and n_mglGetTextureStageState, and filter values.
 
   /** Width of the bound texture, for {@code n_mglGetTextureStageState}. */

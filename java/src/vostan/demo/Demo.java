@@ -103,7 +103,8 @@ public final class Demo {
       }
       if (pads.poll() && audio != null) {
         boolean played = ClickSound.play(0.5f);
-        System.out.println("         controller button: click " + (played ? "playing" : "not played"));
+        System.out.println(
+            "         controller button: click " + (played ? "playing" : "not played"));
       }
       if (scene != null) scene.setOffset(pads.x() * 0.5f, -pads.y() * 0.5f);
       // A recording nobody types into still shows a change on the beat.

@@ -1,5 +1,12 @@
 package vostan.demo;
 
+import static mirelo.gfx.GL.GL_BLEND;
+import static mirelo.gfx.GL.GL_DEPTH_TEST;
+import static mirelo.gfx.GL.GL_QUADS;
+import static mirelo.gfx.GL.GL_RGBA;
+import static mirelo.gfx.GL.GL_TEXTURE_2D;
+import static mirelo.gfx.GL.GL_UNSIGNED_BYTE;
+
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Paths;
@@ -8,12 +15,6 @@ import mirelo.gfx.GLGraphics;
 
 /** The build's movie played into a texture and shown on a quad in the window's top left. */
 final class MovieQuad {
-  private static final int GL_TEXTURE_2D = 0x0DE1;
-  private static final int GL_RGBA = 0x1908;
-  private static final int GL_UNSIGNED_BYTE = 0x1401;
-  private static final int GL_QUADS = 7;
-  private static final int GL_BLEND = 0x0BE2;
-  private static final int GL_DEPTH_TEST = 0x0B71;
   static final int SIZE = 256;
   static final int LEFT = 16;
   static final int TOP = 16;

@@ -1,5 +1,17 @@
 package vostan.demo;
 
+import static mirelo.gfx.GL.GL_BLEND;
+import static mirelo.gfx.GL.GL_COLOR_BUFFER_BIT;
+import static mirelo.gfx.GL.GL_DEPTH_BUFFER_BIT;
+import static mirelo.gfx.GL.GL_DEPTH_COMPONENT;
+import static mirelo.gfx.GL.GL_DEPTH_TEST;
+import static mirelo.gfx.GL.GL_INDEX_ARRAY;
+import static mirelo.gfx.GL.GL_RGBA;
+import static mirelo.gfx.GL.GL_STENCIL_BUFFER_BIT;
+import static mirelo.gfx.GL.GL_TEXTURE_2D;
+import static mirelo.gfx.GL.GL_UNSIGNED_BYTE;
+import static mirelo.gfx.GL.GL_VERTEX_ARRAY;
+
 import mirelo.gfx.GLArray;
 import mirelo.gfx.GLGraphics;
 
@@ -10,12 +22,9 @@ import mirelo.gfx.GLGraphics;
  * switches it).
  */
 public final class SkinnedFigure {
-  private static final int VERTEX = 32884;
-  private static final int INDEX = 32887;
+  private static final int CLEAR_ALL =
+      GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT;
   private static final int WEIGHT = 32889;
-  private static final int GL_DEPTH_TEST = 2929;
-  private static final int GL_BLEND = 3042;
-  private static final int CLEAR_ALL = 0x4000 | 0x100 | 0x400;
   private static final int SIZE = 256;
   private static final int SHOWN = 192;  // pixels a side on the window
   /** The B key, which switches the bloom. */
@@ -70,24 +79,25 @@ public final class SkinnedFigure {
     short top = (short) (7 * 4);
     faces[4] = new short[] {top, (short) (top + 1), (short) (top + 2), top, (short) (top + 2),
         (short) (top + 3), 20, 21, 22, 20, 22, 23};
-    bodyPositions = GLArray.newGLArray(VERTEX, positions.length * 4, positions);
+    bodyPositions = GLArray.newGLArray(GL_VERTEX_ARRAY, positions.length * 4, positions);
     bodyWeights = GLArray.newGLArray(WEIGHT, weights.length * 4, weights);
-    floorPositions = GLArray.newGLArray(VERTEX, 48,
+    floorPositions = GLArray.newGLArray(GL_VERTEX_ARRAY, 48,
         new float[] {-2.5f, 0, 2.5f, 2.5f, 0, 2.5f, 2.5f, 0, -2.5f, -2.5f, 0, -2.5f});
-    floorIndices = GLArray.newGLArray(INDEX, 12, new short[] {0, 1, 2, 0, 2, 3});
+    floorIndices = GLArray.newGLArray(GL_INDEX_ARRAY, 12, new short[] {0, 1, 2, 0, 2, 3});
 
-    shadowMap = renderTexture(6402);  // depth, in a float texture where the device has one
-    scene = renderTexture(6408);
-    bright = renderTexture(6408);
+    shadowMap = renderTexture(GL_DEPTH_COMPONENT);  // depth, in a float texture where the device has one
+    scene = renderTexture(GL_RGBA);
+    bright = renderTexture(GL_RGBA);
     white = GLGraphics.n_mglCreateTexture();
-    GLGraphics.n_mglTexImage2D(white, 3553, 0, 6408, 1, 1, 0, 6408, 5121,
-        new byte[] {-1, -1, -1, -1});
+    GLGraphics.n_mglTexImage2D(white, GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA,
+        GL_UNSIGNED_BYTE, new byte[] {-1, -1, -1, -1});
     GLGraphics.n_mglBindTexture(0);
   }
 
   private static int renderTexture(int format) {
     int t = GLGraphics.n_mglCreateTexture();
-    GLGraphics.n_mglTexImage2D(t, 3553, 0, format, SIZE, SIZE, 1, format, 5121, null);
+    GLGraphics.n_mglTexImage2D(
+        t, GL_TEXTURE_2D, 0, format, SIZE, SIZE, 1, format, GL_UNSIGNED_BYTE, null);
     return t;
   }
 
@@ -150,7 +160,7 @@ public final class SkinnedFigure {
     GLGraphics.n_mglSetMatrix(0, camera);
     GLGraphics.n_mglSetMatrix(1, identity());
     GLGraphics.n_mglSetupShadow(shadowMap, toMap, 0x59596BFF);
-    GLGraphics.n_mglPointer(VERTEX, floorPositions);
+    GLGraphics.n_mglPointer(GL_VERTEX_ARRAY, floorPositions);
     GLGraphics.n_mglPointer(WEIGHT, 0);
     GLGraphics.n_mglColor3f(0.35f, 0.5f, 0.35f);
     GLGraphics.n_mglDrawIndexedR(4, 0, 3, 6, 5123, floorIndices);
@@ -195,7 +205,7 @@ public final class SkinnedFigure {
   }
 
   private void drawFigure(boolean coloured) {
-    GLGraphics.n_mglPointer(VERTEX, bodyPositions);
+    GLGraphics.n_mglPointer(GL_VERTEX_ARRAY, bodyPositions);
     GLGraphics.n_mglPointer(WEIGHT, bodyWeights);
     for (int f = 0; f < faces.length; f++) {
       float s = SHADE[f];

@@ -1,5 +1,12 @@
 package vostan.demo;
 
+import static mirelo.gfx.GL.GL_BLEND;
+import static mirelo.gfx.GL.GL_DEPTH_TEST;
+import static mirelo.gfx.GL.GL_QUADS;
+import static mirelo.gfx.GL.GL_RGBA;
+import static mirelo.gfx.GL.GL_TEXTURE_2D;
+import static mirelo.gfx.GL.GL_UNSIGNED_BYTE;
+
 import java.util.ArrayDeque;
 import java.util.HashMap;
 import java.util.Map;
@@ -12,12 +19,6 @@ import mirelo.gfx.font.SystemFont;
  * seen; a frame then draws one quad per character from the atlas.
  */
 final class TextOverlay {
-  private static final int GL_TEXTURE_2D = 0x0DE1;
-  private static final int GL_RGBA = 0x1908;
-  private static final int GL_UNSIGNED_BYTE = 0x1401;
-  private static final int GL_QUADS = 7;
-  private static final int GL_BLEND = 0x0BE2;
-  private static final int GL_DEPTH_TEST = 0x0B71;
   private static final int ATLAS = 512;
   private static final int LINES = 4;
   private static final int MAX_CHARS = 52;
